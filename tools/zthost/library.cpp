@@ -1,0 +1,31 @@
+#include "library.h"
+
+#include <dlfcn.h>
+
+ZtLibrary::~ZtLibrary() {
+    // The library stays loaded: Qt keeps pointers to the meta-objects of the
+    // components it created, and unloading under them is never safe.
+    handle_ = nullptr;
+}
+
+bool ZtLibrary::load(const QString& path, QString* error) {
+    const QByteArray file = path.isEmpty() ? QByteArray("libZTUtil.so.1") : path.toLocal8Bit();
+    handle_ = dlopen(file.constData(), RTLD_NOW | RTLD_LOCAL);
+    if (handle_ == nullptr) {
+        *error = QString::fromLocal8Bit(dlerror());
+        return false;
+    }
+    getVersion = reinterpret_cast<GetVersionFn>(symbol("ZT_GetVersion"));
+    componentInit = reinterpret_cast<InitFn>(symbol("ComponentInit"));
+    createComponent = reinterpret_cast<CreateFn>(symbol("CreateComponent"));
+    componentDestroy = reinterpret_cast<DestroyFn>(symbol("ComponentDestroy"));
+    if (!getVersion || !componentInit || !createComponent || !componentDestroy) {
+        *error = QStringLiteral("%1: an entry point is missing").arg(QString::fromLocal8Bit(file));
+        return false;
+    }
+    return true;
+}
+
+void* ZtLibrary::symbol(const char* name) const {
+    return handle_ != nullptr ? dlsym(handle_, name) : nullptr;
+}
