@@ -22,7 +22,8 @@ ZTUTIL_C_API int code_get_utf8_byte_size(char c);
 
 // Adds, for every character of the NUL-terminated `pInput`, 1 to counters[0]
 // and 1 to counters[length] (length 1..6). The counters are not cleared and
-// the bytes after each lead byte are skipped unexamined. Null text: no-op.
+// the bytes after each lead byte are skipped unexamined, except that a NUL
+// among them still ends the text. Null text or counters: no-op.
 ZTUTIL_C_API void code_get_utf8_length(const char* pInput, int* counters);
 
 // Encodes one code point into pOutput, which must have room for 6 bytes
@@ -40,7 +41,7 @@ ZTUTIL_C_API int code_unicode_to_utf8_one(long unic, char* pOutput, int outSize)
 ZTUTIL_C_API int code_utf8_to_unicode_one(const char* pInput, long* unicode);
 
 // Encodes units up to a zero unit, continuing while the bytes written so far
-// are at most `outSize` (so up to outSize + 5 bytes can be written). Appends
+// are at most `outSize` (so up to outSize + 6 bytes can be written). Appends
 // a NUL only when the total stays below `outSize`. Returns the bytes written
 // (without the NUL); 0 for null buffers or outSize < 1.
 ZTUTIL_C_API int code_unicode_to_utf8(const unsigned int* pInput, char* pOutput, int outSize);
@@ -62,7 +63,8 @@ ZTUTIL_C_API int code_utf8_to_unicode(const char* pInput, unsigned int* pOutput,
 
 // Converts exactly `count` units (zeros included, no terminator written) to
 // GBK: ASCII as one byte, U+20AC as 0x80, everything else as two bytes from
-// ff_uni2oem(unit, 936), 00 00 when unmapped. Returns the bytes written.
+// ff_uni2oem(unit, 936), 00 00 when unmapped. Returns the bytes written (0
+// for count < 1 or a null buffer).
 ZTUTIL_C_API int code_unicode_to_gbk(const unsigned int* pInput, char* pOutput, int count);
 
 // Converts `length` GBK bytes to units (no terminator written). The byte
@@ -70,12 +72,16 @@ ZTUTIL_C_API int code_unicode_to_gbk(const unsigned int* pInput, char* pOutput, 
 // past `length`. Unmapped codes give 0. Returns the units written.
 ZTUTIL_C_API int code_gbk_to_unicode(const char* pInput, unsigned int* pOutput, int length);
 
-// UTF-8 to GBK through a scratch array of units. No terminator is written;
-// returns the bytes written, 0 when the scratch cannot be allocated.
+// UTF-8 to GBK through code_utf8_to_unicode with a limit of 3 units per input
+// byte, then code_unicode_to_gbk. No terminator is written. Malformed input
+// turns into runs of zero bytes, so pOutput needs up to 4 * strlen + 1 bytes
+// in the worst case. Returns the bytes written, 0 for null arguments or when
+// the scratch cannot be allocated.
 ZTUTIL_C_API int code_utf8_to_gbk(const char* pInput, char* pOutput);
 
 // NUL-terminated GBK to UTF-8 with the output rules of code_unicode_to_utf8.
-// Returns the bytes written, 0 when the scratch cannot be allocated.
+// Returns the bytes written, 0 for a null text or when the scratch cannot be
+// allocated.
 ZTUTIL_C_API int code_gbk_to_utf8(const char* pInput, char* pOutput, int outSize);
 
 // Unicode to code-page code for the single-byte pages 437, 720, 737, 771,
