@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "text/codepage_index.h"
 #include "zt_assert.h"
 
 namespace {
@@ -87,6 +88,48 @@ int write_sequence(unsigned long value, int length, unsigned char lead, unsigned
     return length;
 }
 
+int byte_size_of(unsigned char lead) {
+    if (lead < 0x80 || (lead & 0x40) == 0)
+        return 1;
+    if ((lead & 0x20) == 0)
+        return 2;
+    if ((lead & 0x10) == 0)
+        return 3;
+    if ((lead & 0x08) == 0)
+        return 4;
+    return (lead & 0x04) != 0 ? 6 : 5;
+}
+
+// code_utf8_to_unicode_one without the argument check, for the text loops.
+int decode_sequence(const unsigned char* in, long* unicode) {
+    const int length = byte_size_of(in[0]);
+    *unicode = 0;
+    if (!has_valid_tail(in, length))
+        return 0;
+    *unicode = static_cast<long>(assemble(in, length));
+    return length;
+}
+
+// code_unicode_to_utf8_one without the argument check.
+int encode_code_point(long unic, unsigned char* out) {
+    if (unic < 0x80) {
+        out[0] = static_cast<unsigned char>(unic & 0x7F);
+        return 1;
+    }
+    const unsigned long value = static_cast<unsigned long>(unic);
+    if (value < 0x800)
+        return write_sequence(value, 2, 0xC0, out);
+    if (value < 0x10000)
+        return write_sequence(value, 3, 0xE0, out);
+    if (value < 0x200000)
+        return write_sequence(value, 4, 0xF0, out);
+    if (value < 0x4000000)
+        return write_sequence(value, 5, 0xF8, out);
+    if (value <= 0x7FFFFFFF)
+        return write_sequence(value, kMaxUtf8Length, 0xFC, out);
+    return 0;
+}
+
 // The UTF-8 writers check the size only after each whole character, then
 // add a terminator only if it still fits below the size.
 int finish_utf8_output(char* out, int total, int outSize) {
@@ -106,16 +149,7 @@ bool unit_is_zero(const unsigned char* unit) {
 }  // namespace
 
 int code_get_utf8_byte_size(char c) {
-    const unsigned char byte = static_cast<unsigned char>(c);
-    if (byte < 0x80 || (byte & 0x40) == 0)
-        return 1;
-    if ((byte & 0x20) == 0)
-        return 2;
-    if ((byte & 0x10) == 0)
-        return 3;
-    if ((byte & 0x08) == 0)
-        return 4;
-    return (byte & 0x04) != 0 ? 6 : 5;
+    return byte_size_of(static_cast<unsigned char>(c));
 }
 
 // Only lead bytes are classified. A NUL inside the bytes a lead byte claims
@@ -125,7 +159,7 @@ void code_get_utf8_length(const char* pInput, int* counters) {
         return;
     const char* cursor = pInput;
     while (*cursor != '\0') {
-        const int length = code_get_utf8_byte_size(*cursor);
+        const int length = byte_size_of(static_cast<unsigned char>(*cursor));
         ++counters[0];
         ++counters[length];
         ++cursor;
@@ -139,43 +173,22 @@ void code_get_utf8_length(const char* pInput, int* counters) {
 int code_unicode_to_utf8_one(long unic, char* pOutput, int /*outSize: never consulted*/) {
     ZT_CONTRACT_ASSERT(pOutput != NULL, "pOutput != NULL", kSourceFile, kUnicodeToUtf8OneLine,
                        kUnicodeToUtf8OneName);
-    unsigned char* out = reinterpret_cast<unsigned char*>(pOutput);
-    if (unic < 0x80) {
-        out[0] = static_cast<unsigned char>(unic & 0x7F);
-        return 1;
-    }
-    const unsigned long value = static_cast<unsigned long>(unic);
-    if (value < 0x800)
-        return write_sequence(value, 2, 0xC0, out);
-    if (value < 0x10000)
-        return write_sequence(value, 3, 0xE0, out);
-    if (value < 0x200000)
-        return write_sequence(value, 4, 0xF0, out);
-    if (value < 0x4000000)
-        return write_sequence(value, 5, 0xF8, out);
-    if (value <= 0x7FFFFFFF)
-        return write_sequence(value, kMaxUtf8Length, 0xFC, out);
-    return 0;
+    return encode_code_point(unic, reinterpret_cast<unsigned char*>(pOutput));
 }
 
 int code_utf8_to_unicode_one(const char* pInput, long* unicode) {
     ZT_CONTRACT_ASSERT(pInput != NULL && unicode != NULL, "pInput != NULL && unicode != NULL",
                        kSourceFile, kUtf8ToUnicodeOneLine, kUtf8ToUnicodeOneName);
-    const unsigned char* in = as_bytes(pInput);
-    const int length = code_get_utf8_byte_size(pInput[0]);
-    *unicode = 0;
-    if (!has_valid_tail(in, length))
-        return 0;
-    *unicode = static_cast<long>(assemble(in, length));
-    return length;
+    return decode_sequence(as_bytes(pInput), unicode);
 }
 
 int code_unicode_to_utf8(const unsigned int* pInput, char* pOutput, int outSize) {
     if (pOutput == nullptr || outSize < 1 || pInput == nullptr)
         return 0;
+    unsigned char* out = reinterpret_cast<unsigned char*>(pOutput);
     int total = 0;
     for (const unsigned int* unit = pInput; *unit != 0 && total <= outSize; ++unit)
-        total += code_unicode_to_utf8_one(static_cast<long>(*unit), pOutput + total, outSize);
+        total += encode_code_point(static_cast<long>(*unit), out + total);
     return finish_utf8_output(pOutput, total, outSize);
 }
 
@@ -192,7 +205,7 @@ int code_unicode_to_utf8_reversebyte(const unsigned int* pInput, int count, char
     int done = 0;
     do {
         const long code = (static_cast<long>(unit[0]) << 8) | unit[1];
-        total += code_unicode_to_utf8_one(code, pOutput + total, outSize);
+        total += encode_code_point(code, reinterpret_cast<unsigned char*>(pOutput) + total);
         unit += sizeof(std::uint32_t);
         ++done;
     } while (done < count && total <= outSize && !unit_is_zero(unit));
@@ -209,14 +222,14 @@ int code_utf8_to_unicode(const char* pInput, unsigned int* pOutput, int maxUnits
         pOutput[0] = 0;
         return 0;
     }
-    const char* cursor = pInput;
+    const unsigned char* cursor = as_bytes(pInput);
     int count = 0;
     do {
         long value = 0;
-        cursor += code_utf8_to_unicode_one(cursor, &value);
+        cursor += decode_sequence(cursor, &value);
         pOutput[count] = static_cast<unsigned int>(value);
         ++count;
-    } while (*cursor != '\0' && count <= maxUnits);
+    } while (*cursor != 0 && count <= maxUnits);
     if (count >= maxUnits)
         return count;
     pOutput[count] = 0;
@@ -226,6 +239,7 @@ int code_utf8_to_unicode(const char* pInput, unsigned int* pOutput, int maxUnits
 int code_unicode_to_gbk(const unsigned int* pInput, char* pOutput, int count) {
     if (count < 1 || pInput == nullptr || pOutput == nullptr)
         return 0;
+    const std::uint16_t* gbkOf = zt_codepage::uni2oem_lookup(kGbkPage);  // ff_uni2oem(u, 936)
     unsigned char* out = reinterpret_cast<unsigned char*>(pOutput);
     int written = 0;
     for (int i = 0; i < count; ++i) {
@@ -235,7 +249,7 @@ int code_unicode_to_gbk(const unsigned int* pInput, char* pOutput, int count) {
         } else if (unit == kEuroSign) {
             out[written++] = kGbkEuroByte;
         } else {
-            const unsigned short code = ff_uni2oem(unit, kGbkPage);
+            const std::uint16_t code = unit <= 0xFFFF ? gbkOf[unit] : 0;
             out[written++] = static_cast<unsigned char>(code >> 8);
             out[written++] = static_cast<unsigned char>(code & 0xFF);
         }
@@ -246,6 +260,7 @@ int code_unicode_to_gbk(const unsigned int* pInput, char* pOutput, int count) {
 int code_gbk_to_unicode(const char* pInput, unsigned int* pOutput, int length) {
     if (length < 1 || pInput == nullptr || pOutput == nullptr)
         return 0;
+    const std::uint16_t* unicodeOf = zt_codepage::oem2uni_lookup(kGbkPage);  // ff_oem2uni(c, 936)
     const unsigned char* in = as_bytes(pInput);
     int units = 0;
     int i = 0;
@@ -258,8 +273,7 @@ int code_gbk_to_unicode(const char* pInput, unsigned int* pOutput, int length) {
             pOutput[units++] = kEuroSign;
             i += 2;  // the byte after 0x80 is skipped
         } else {
-            const unsigned short code = static_cast<unsigned short>((lead << 8) | in[i + 1]);
-            pOutput[units++] = ff_oem2uni(code, kGbkPage);
+            pOutput[units++] = unicodeOf[(lead << 8) | in[i + 1]];
             i += 2;
         }
     }
@@ -268,6 +282,7 @@ int code_gbk_to_unicode(const char* pInput, unsigned int* pOutput, int length) {
 
 // The unit limit handed to code_utf8_to_unicode is 3 per input byte, and it
 // may store one unit beyond its limit, so the scratch holds 3n + 1 units.
+// No zero fill is needed: only the units it reports as stored are read.
 int code_utf8_to_gbk(const char* pInput, char* pOutput) {
     if (pInput == nullptr || pOutput == nullptr)
         return 0;
@@ -275,7 +290,7 @@ int code_utf8_to_gbk(const char* pInput, char* pOutput) {
     if (length > static_cast<std::size_t>(INT_MAX - 1) / 3)
         return 0;
     const int unitLimit = static_cast<int>(3 * length);
-    auto* scratch = static_cast<unsigned int*>(std::calloc(3 * length + 1, sizeof(unsigned int)));
+    auto* scratch = static_cast<unsigned int*>(std::malloc((3 * length + 1) * sizeof(unsigned int)));
     if (scratch == nullptr)
         return 0;
     const int units = code_utf8_to_unicode(pInput, scratch, unitLimit);
@@ -284,18 +299,20 @@ int code_utf8_to_gbk(const char* pInput, char* pOutput) {
     return written;
 }
 
-// Every GBK byte gives at most one unit; the zero fill supplies the unit
-// that ends the text for code_unicode_to_utf8.
+// Every GBK byte gives at most one unit; a zero unit after the last one ends
+// the text for code_unicode_to_utf8 (the part of a zero-filled scratch that
+// can ever be read).
 int code_gbk_to_utf8(const char* pInput, char* pOutput, int outSize) {
     if (pInput == nullptr)
         return 0;
     const std::size_t length = std::strlen(pInput);
     if (length > static_cast<std::size_t>(INT_MAX))
         return 0;
-    auto* scratch = static_cast<unsigned int*>(std::calloc(length + 1, sizeof(unsigned int)));
+    auto* scratch = static_cast<unsigned int*>(std::malloc((length + 1) * sizeof(unsigned int)));
     if (scratch == nullptr)
         return 0;
-    code_gbk_to_unicode(pInput, scratch, static_cast<int>(length));
+    const int units = code_gbk_to_unicode(pInput, scratch, static_cast<int>(length));
+    scratch[units] = 0;
     const int written = code_unicode_to_utf8(scratch, pOutput, outSize);
     std::free(scratch);
     return written;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "text/codepage_index.h"
 #include "text/tables/codepage_tables_generated.h"
 
 using namespace zt_codepage;
@@ -45,6 +46,7 @@ public:
             values_[key] = bounded_search(pairs, count, key);
     }
     std::uint16_t operator[](std::uint32_t key) const { return values_[key]; }
+    const std::uint16_t* values() const { return values_; }
 
 private:
     std::uint16_t values_[kKeySpace];
@@ -86,6 +88,16 @@ const std::uint16_t* single_byte_table(unsigned short cp) {
 }
 
 }  // namespace
+
+const std::uint16_t* zt_codepage::uni2oem_lookup(unsigned short cp) {
+    const DirectIndex* index = uni2oem_index(cp);
+    return index != nullptr ? index->values() : nullptr;
+}
+
+const std::uint16_t* zt_codepage::oem2uni_lookup(unsigned short cp) {
+    const DirectIndex* index = oem2uni_index(cp);
+    return index != nullptr ? index->values() : nullptr;
+}
 
 unsigned short ff_uni2oem(unsigned int uni, unsigned short cp) {
     if (uni < 0x80)
