@@ -5,7 +5,6 @@
 #include <cstdio>
 
 #include "ztutil/ztasn.h"
-#include "ztutil/ztverifytools.h"
 
 namespace {
 
@@ -151,6 +150,7 @@ QString ZTCertificate::pubKeyAlgOID() {
 
 bool ZTCertificate::ZTGetPubKeyByCert(unsigned char* pbtCertData, uint dwCertDataLength,
                                       unsigned char* pbtPubKey, uint* pdwPubKeySize) {
-    return ZTVerifyTools::ZTGetPubKeyByCert(pbtCertData, dwCertDataLength, pbtPubKey,
-                                            pdwPubKeySize) != 0;
+    // TODO(merge): forward to ZTVerifyTools::ZTGetPubKeyByCert.
+    (void)pbtCertData; (void)dwCertDataLength; (void)pbtPubKey; (void)pdwPubKeySize;
+    return false;
 }

@@ -5,7 +5,10 @@
 
 #include "cert/x509_oracle.h"
 #include "support/capture.h"
+#include "ztutil/component.h"
 #include "ztutil/ztcertificate.h"
+
+#include <memory>
 
 using cert_test::CertificateSpec;
 using cert_test::ExpectedFields;
@@ -235,6 +238,20 @@ TEST(CertificateInvocation, AccessorsAreReachableByName) {
     EXPECT_EQ(converted, QDateTime(QDate(2012, 12, 31), QTime(20, 0), Qt::UTC));
     ASSERT_TRUE(QMetaObject::invokeMethod(&certificate, "close", Qt::DirectConnection));
     ASSERT_TRUE(QMetaObject::invokeMethod(&certificate, "dump", Qt::DirectConnection));
+}
+
+}  // namespace
+
+namespace {
+
+TEST(CertificateRegistry, CreatedByTheMisspelledProgIdOrTheClsId) {
+    std::unique_ptr<QObject> byProgId(CreateComponent(QStringLiteral("ZTUTIL.ZTCerificate.1"), QString()));
+    ASSERT_NE(byProgId, nullptr);
+    EXPECT_NE(qobject_cast<ZTCertificate*>(byProgId.get()), nullptr);
+    std::unique_ptr<QObject> byClsId(
+        CreateComponent(QString(), QStringLiteral("28BE1D31-810B-490F-B02B-D1B2BC1B838F")));
+    EXPECT_NE(qobject_cast<ZTCertificate*>(byClsId.get()), nullptr);
+    EXPECT_EQ(CreateComponent(QStringLiteral("ZTUTIL.ZTCertificate.1"), QString()), nullptr);
 }
 
 }  // namespace
