@@ -12,7 +12,8 @@ class HostObject : public QObject {
 public:
     explicit HostObject(QObject* parent = nullptr);
 
-    // Lines the library logged through "logDebug", in order.
+    // The calls the library made, in order: "logDebug: TEXT" and
+    // "createComponentObject: \"PROGID\", \"CLSID\"".
     const QStringList& loggedLines() const { return logged_; }
     // Set to echo every logged line to standard error.
     void setEcho(bool echo) { echo_ = echo; }

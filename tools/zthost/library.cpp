@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <dlfcn.h>
 
+#include "library_symbols.h"
+
 namespace {
 
 // The library beside the tool (build tree) or in the installed library
@@ -39,10 +41,10 @@ bool ZtLibrary::load(const QString& path, QString* error) {
         *error = QString::fromLocal8Bit(dlerror());
         return false;
     }
-    getVersion = reinterpret_cast<GetVersionFn>(symbol("ZT_GetVersion"));
-    componentInit = reinterpret_cast<InitFn>(symbol("ComponentInit"));
-    createComponent = reinterpret_cast<CreateFn>(symbol("CreateComponent"));
-    componentDestroy = reinterpret_cast<DestroyFn>(symbol("ComponentDestroy"));
+    getVersion = reinterpret_cast<GetVersionFn>(resolveSymbol(*this, Symbol::GetVersion));
+    componentInit = reinterpret_cast<InitFn>(resolveSymbol(*this, Symbol::ComponentInit));
+    createComponent = reinterpret_cast<CreateFn>(resolveSymbol(*this, Symbol::CreateComponent));
+    componentDestroy = reinterpret_cast<DestroyFn>(resolveSymbol(*this, Symbol::ComponentDestroy));
     if (!getVersion || !componentInit || !createComponent || !componentDestroy) {
         *error = QStringLiteral("%1: an entry point is missing").arg(QString::fromLocal8Bit(file));
         return false;

@@ -1,0 +1,42 @@
+// Command-line parsing for one command: options with or without a value,
+// then positional arguments.
+#ifndef ZTHOST_ARGS_H
+#define ZTHOST_ARGS_H
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <initializer_list>
+
+struct OptionSpec {
+    const char* name;  // "--key-hex", "-o"
+    bool takesValue;
+};
+
+class Args {
+public:
+    // Parses `args` against `options` (plus --help and -h, which throw a
+    // HelpRequest carrying `usage`). "--name=value" is accepted for options
+    // with a value, "--" ends the options and "-" is a positional argument.
+    // Unknown options and missing values throw UsageError.
+    Args(const QStringList& args, const char* usage, std::initializer_list<OptionSpec> options);
+
+    bool has(const char* name) const;
+    QString value(const char* name, const QString& fallback = QString()) const;
+    // The value of an option that must be given.
+    QString required(const char* name) const;
+
+    const QStringList& positionals() const { return positionals_; }
+    // Exactly `count` positional arguments, named `what` in the message.
+    void expectPositionals(int count, const char* what) const;
+    void expectPositionalsBetween(int least, int most, const char* what) const;
+
+private:
+    QHash<QString, QString> values_;
+    QStringList positionals_;
+};
+
+// Parses an integer option value within [least, most].
+int parseIntOption(const QString& option, const QString& value, int least, int most);
+
+#endif
