@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# Makes the inputs and expected outputs of the zthost tests from the files in
+# examples/, with the openssl command and coreutils only (independently of
+# the library). Run again after examples/make_examples.sh.
+set -euo pipefail
+cd "$(dirname "$0")"
+ex=../../../examples
+
+hex() { od -An -v -tx1 | tr -d ' \n'; }
+
+# A certificate as wrapped Base64 (64 characters a line), and cut short.
+openssl base64 -in "$ex/sm2-cert.der" > sm2-cert-wrapped.b64
+head -c 200 "$ex/sm2-cert.der" > sm2-cert-truncated.der
+
+# The SM2 signature's r and s as openssl reads them, in the 64-byte and
+# 128-byte forms (hex text; make_examples.sh keeps them 32 or 33 bytes).
+mapfile -t ints < <(openssl asn1parse -inform DER -in "$ex/document.sm2.sig" |
+                    sed -n 's/.*prim: INTEGER *://p')
+pad64() { printf '%64s' "$1" | tr ' ' 0 | tr 'A-F' 'a-f'; }
+r=$(pad64 "${ints[0]}"); s=$(pad64 "${ints[1]}")
+r=${r: -64}; s=${s: -64}
+echo "$r$s" > document.sm2.sig64.hex
+zeros=$(printf '%064d' 0)
+echo "$zeros$r$zeros$s" > document.sm2.sig128.hex
+
+# Data and signatures with one changed byte.
+sed 's/2024-001/2024-002/' "$ex/document.txt" > document-changed.txt
+cp "$ex/document.rsa.sig" document.rsa-changed.sig
+printf '\x55' | dd of=document.rsa-changed.sig bs=1 seek=100 conv=notrunc status=none
+
+# HMAC-SM3 with a 16-byte and a 100-byte key.
+short_key=000102030405060708090a0b0c0d0e0f
+long_key=$(printf 'k%.0s' $(seq 100) | hex)
+openssl dgst -sm3 -mac HMAC -macopt "hexkey:$short_key" -r "$ex/document.txt" | cut -d' ' -f1 > hmac-short.hex
+openssl dgst -sm3 -mac HMAC -macopt "hexkey:$long_key" -r "$ex/document.txt" | cut -d' ' -f1 > hmac-long.hex
+echo "$long_key" > hmac-long-key.hex
+
+# Base64 of the seal with the standard alphabet, and with the SM2 alphabet
+# (the same digits moved one place: "=" is 0, "/" pads).
+openssl base64 -A -in "$ex/seal.der" > seal.b64
+tr 'ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=' \
+   '=ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/' < seal.b64 > seal.sm2.b64
+printf 'TWFu TQ=\n' > bad.b64
+printf 'TW!u' > bad-character.b64
+
+# Text no GBK table maps, and bytes that are no GBK.
+printf 'seal \xf0\x9f\x98\x80\n' > emoji-utf8.txt
+printf 'ab\x81\x20cd\n' > bad-gbk.txt
+printf 'ab\0cd\n' > nul.txt
+
+# A GM structure whose signed property text was changed after signing.
+cp "$ex/gm-seal.der" gm-seal-changed.der
+offset=$(grep -abo 'zthost demo seal' gm-seal-changed.der | tail -1 | cut -d: -f1)
+printf 'Z' | dd of=gm-seal-changed.der bs=1 seek="$offset" conv=notrunc status=none
+head -c 300 "$ex/gm-seal.der" > gm-seal-truncated.der
+
+# A DER element followed by two stray bytes.
+{ cat "$ex/seal.der"; printf '\n\n'; } > seal-trailing.der
