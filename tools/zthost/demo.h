@@ -32,11 +32,13 @@ public:
     void check(bool passed, const QString& what);
 
     bool failed() const { return failed_; }
+    int skippedSections() const { return skipped_; }
 
 private:
     Context& context_;
     QString examplesDir_;
     bool failed_ = false;
+    int skipped_ = 0;
 };
 
 void demoLibrary(DemoRun& run);
