@@ -16,6 +16,7 @@
 
 using asn_test::fixture;
 using asn_test::hex;
+using asn_test::ScopedTimeZone;
 using ztutil_test::DebugCapture;
 using ztutil_test::StdoutCapture;
 
@@ -24,28 +25,6 @@ namespace {
 // Calls by name and fails the test when no method matches.
 #define INVOKE(object, ...) \
     ASSERT_TRUE(QMetaObject::invokeMethod(object, __VA_ARGS__)) << "no such method"
-
-class ScopedTimeZone {
-public:
-    explicit ScopedTimeZone(const char* zone) {
-        const char* old = std::getenv("TZ");
-        hadValue_ = old != nullptr;
-        saved_ = old != nullptr ? old : "";
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ScopedTimeZone() {
-        if (hadValue_)
-            setenv("TZ", saved_.c_str(), 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    bool hadValue_;
-    std::string saved_;
-};
 
 QStringList invokableMethods(const QMetaObject* meta) {
     QStringList lines;
@@ -178,6 +157,9 @@ TEST(ZTAsnBlock, BuildingThroughTheWrappers) {
     EXPECT_TRUE(oid->setData("1.2.156.10197.1.301"));
     EXPECT_EQ(oid->toByteArray(), hex("2a811ccf5501822d"));
     EXPECT_EQ(oid->toString(), QStringLiteral("1.2.156.10197.1.301"));
+    const char unterminated[5] = {'1', '.', '2', '.', '3'};
+    EXPECT_TRUE(oid->setData(QByteArray::fromRawData(unterminated, 5)));
+    EXPECT_EQ(oid->toByteArray(), hex("2a03")) << "text read within the array";
     EXPECT_TRUE(oid->setData("abc"));
     EXPECT_EQ(oid->toByteArray(), QByteArray("abc"));
     EXPECT_FALSE(set->setData("x")) << "constructed blocks hold no content";
