@@ -231,6 +231,8 @@ TEST(ZTAsnBlock, DateTimes) {
            Q_ARG(QByteArray, QByteArray("121231120000Z")));
     EXPECT_EQ(when, QDateTime(QDate(2012, 12, 31), QTime(20, 0), Qt::UTC));
     EXPECT_EQ(when.timeSpec(), Qt::UTC);
+    EXPECT_EQ(block.convertDateTime("591231120000Z"), QDateTime(QDate(2059, 12, 31), QTime(20, 0), Qt::UTC))
+        << "two-digit years pivot at 60";
     EXPECT_EQ(block.convertDateTime("601231120000Z"), QDateTime(QDate(1960, 12, 31), QTime(20, 0), Qt::UTC));
     EXPECT_EQ(block.convertDateTime("20501231200000Z"), QDateTime(QDate(2051, 1, 1), QTime(4, 0), Qt::UTC));
     EXPECT_FALSE(block.convertDateTime("121231120000").isValid());
@@ -262,6 +264,8 @@ TEST(ZTAsnBlock, DateTimes) {
         ScopedTimeZone zone("UTC0");
         utcTime->setData("991231235959Z");
         EXPECT_EQ(utcTime->toDateTime(), QDateTime(QDate(1999, 12, 31), QTime(23, 59, 59), Qt::LocalTime));
+        utcTime->setData("550101000000Z");
+        EXPECT_EQ(utcTime->toDateTime(), QDateTime(QDate(2055, 1, 1), QTime(0, 0), Qt::LocalTime));
     }
     {
         ScopedTimeZone zone("EST5");  // west of UTC: the hour goes below zero
