@@ -29,7 +29,9 @@ QByteArray contentForTag(int tag, const QByteArray& data) {
     case kObjectIdentifierTag: {
         unsigned char octets[kOidCapacity] = {};
         unsigned int capacity = kOidCapacity;
-        if (!ASNGetOIDData(data.constData(), octets, &capacity))
+        // A copy is always NUL-terminated; the caller's array may be raw data.
+        const QByteArray text(data.constData(), data.size());
+        if (!ASNGetOIDData(text.constData(), octets, &capacity))
             return data;
         return QByteArray(reinterpret_cast<const char*>(octets), static_cast<int>(capacity));
     }

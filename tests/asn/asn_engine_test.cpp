@@ -163,6 +163,17 @@ TEST(AsnBuild, NeverWritesOutsideTheBuffer) {
     EXPECT_EQ(ASNBuildData(root.get(), out, 8), 1u);
     EXPECT_EQ(buffer, hex("3006020105020111") + QByteArray(8, '\x77'));
 
+    // A child updated on its own outgrew what its stale parent gives it: the
+    // child is left out, its room keeps whatever the buffer held.
+    Tree outgrown = parse(hex("3003020105"));
+    ASNUpdate(outgrown.get());
+    stASN_BLOCK_HEADER* integer = ASNGetChild(outgrown.get(), 0);
+    ASNSetBlockData(integer, octets(hex("0a0b0c")), 3);
+    ASNUpdate(integer);
+    buffer.fill('\x77');
+    EXPECT_EQ(ASNBuildData(outgrown.get(), out, 5), 1u);
+    EXPECT_EQ(buffer.left(6), hex("300377777777"));
+
     // A fresh node has no lengths yet: nothing fits in no room.
     Tree fresh(ASNAddStruct(0x30, nullptr));
     ASNAddSample(0x04, fresh.get());

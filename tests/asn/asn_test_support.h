@@ -5,7 +5,10 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
+#include <cstdlib>
+#include <ctime>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "ztutil/asn.h"
@@ -92,6 +95,31 @@ inline QByteArray fixture(const char* name) {
     QFile file(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/") + QLatin1String(name));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
+
+// Sets TZ (and runs tzset) for the lifetime of the object, then restores it.
+class ScopedTimeZone {
+public:
+    explicit ScopedTimeZone(const char* zone) {
+        const char* old = std::getenv("TZ");
+        hadValue_ = old != nullptr;
+        saved_ = hadValue_ ? old : "";
+        setenv("TZ", zone, 1);
+        tzset();
+    }
+    ~ScopedTimeZone() {
+        if (hadValue_)
+            setenv("TZ", saved_.c_str(), 1);
+        else
+            unsetenv("TZ");
+        tzset();
+    }
+    ScopedTimeZone(const ScopedTimeZone&) = delete;
+    ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
+
+private:
+    bool hadValue_;
+    std::string saved_;
+};
 
 }  // namespace asn_test
 

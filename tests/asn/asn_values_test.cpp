@@ -16,30 +16,6 @@ using namespace asn_test;
 
 namespace {
 
-// Sets TZ for the lifetime of the object and restores it afterwards.
-class ScopedTimeZone {
-public:
-    explicit ScopedTimeZone(const char* zone) {
-        const char* old = std::getenv("TZ");
-        hadValue_ = old != nullptr;
-        if (hadValue_)
-            saved_ = old;
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ScopedTimeZone() {
-        if (hadValue_)
-            setenv("TZ", saved_.c_str(), 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    bool hadValue_ = false;
-    std::string saved_;
-};
-
 struct TimeResult {
     long long seconds;
     unsigned error;

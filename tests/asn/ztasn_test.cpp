@@ -16,6 +16,7 @@
 
 using asn_test::fixture;
 using asn_test::hex;
+using asn_test::ScopedTimeZone;
 using ztutil_test::DebugCapture;
 using ztutil_test::StdoutCapture;
 
@@ -24,28 +25,6 @@ namespace {
 // Calls by name and fails the test when no method matches.
 #define INVOKE(object, ...) \
     ASSERT_TRUE(QMetaObject::invokeMethod(object, __VA_ARGS__)) << "no such method"
-
-class ScopedTimeZone {
-public:
-    explicit ScopedTimeZone(const char* zone) {
-        const char* old = std::getenv("TZ");
-        hadValue_ = old != nullptr;
-        saved_ = old != nullptr ? old : "";
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ScopedTimeZone() {
-        if (hadValue_)
-            setenv("TZ", saved_.c_str(), 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    bool hadValue_;
-    std::string saved_;
-};
 
 QStringList invokableMethods(const QMetaObject* meta) {
     QStringList lines;
@@ -117,6 +96,34 @@ TEST(ZTAsnDocument, CreateOpenAndClose) {
     EXPECT_EQ(asn.getChildCount(), 0);
 }
 
+TEST(ZTAsnDocument, ReplacedRootsStayUntilClose) {
+    // A second open appends after the first tree, whose wrappers still point
+    // into it; a second create replaces the root. Under the sanitizer build
+    // this also checks that close() frees every tree.
+    ZTAsn asn;
+    const QByteArray certificate = fixture("asn_sm2_cert.der");
+    const QByteArray integer = hex("020105");
+    DebugCapture quiet;
+    ASSERT_TRUE(asn.open(certificate));
+    ZTAsnBlock* firstTbs = asn.getChild(0, 0x30);
+    ASSERT_NE(firstTbs, nullptr);
+    ASSERT_TRUE(asn.open(hex("3003") + integer));
+    EXPECT_EQ(asn.getChildCount(), 4);
+    EXPECT_EQ(asn.getChild(0, 0), firstTbs);
+    const QByteArray firstTbsBytes = firstTbs->build();  // the first tree is still alive
+    ASSERT_FALSE(firstTbsBytes.isEmpty());
+    EXPECT_TRUE(certificate.contains(firstTbsBytes));
+    EXPECT_EQ(asn.getChild(3, 2)->toInt(), 5);
+    asn.close();
+    EXPECT_EQ(asn.getChildCount(), 0);
+
+    ASSERT_TRUE(asn.create());
+    ASSERT_TRUE(asn.create(0x30));
+    EXPECT_EQ(asn.type(), 0x30);
+    asn.close();
+    EXPECT_EQ(asn.node, nullptr);
+}
+
 TEST(ZTAsnBlock, GetChildAndItsThreeMessages) {
     ZTAsn asn;
     ASSERT_TRUE(asn.open(hex("30050201050500")));
@@ -178,6 +185,9 @@ TEST(ZTAsnBlock, BuildingThroughTheWrappers) {
     EXPECT_TRUE(oid->setData("1.2.156.10197.1.301"));
     EXPECT_EQ(oid->toByteArray(), hex("2a811ccf5501822d"));
     EXPECT_EQ(oid->toString(), QStringLiteral("1.2.156.10197.1.301"));
+    const char unterminated[5] = {'1', '.', '2', '.', '3'};
+    EXPECT_TRUE(oid->setData(QByteArray::fromRawData(unterminated, 5)));
+    EXPECT_EQ(oid->toByteArray(), hex("2a03")) << "text read within the array";
     EXPECT_TRUE(oid->setData("abc"));
     EXPECT_EQ(oid->toByteArray(), QByteArray("abc"));
     EXPECT_FALSE(set->setData("x")) << "constructed blocks hold no content";
@@ -249,6 +259,8 @@ TEST(ZTAsnBlock, DateTimes) {
            Q_ARG(QByteArray, QByteArray("121231120000Z")));
     EXPECT_EQ(when, QDateTime(QDate(2012, 12, 31), QTime(20, 0), Qt::UTC));
     EXPECT_EQ(when.timeSpec(), Qt::UTC);
+    EXPECT_EQ(block.convertDateTime("591231120000Z"), QDateTime(QDate(2059, 12, 31), QTime(20, 0), Qt::UTC))
+        << "two-digit years pivot at 60";
     EXPECT_EQ(block.convertDateTime("601231120000Z"), QDateTime(QDate(1960, 12, 31), QTime(20, 0), Qt::UTC));
     EXPECT_EQ(block.convertDateTime("20501231200000Z"), QDateTime(QDate(2051, 1, 1), QTime(4, 0), Qt::UTC));
     EXPECT_FALSE(block.convertDateTime("121231120000").isValid());
@@ -280,6 +292,8 @@ TEST(ZTAsnBlock, DateTimes) {
         ScopedTimeZone zone("UTC0");
         utcTime->setData("991231235959Z");
         EXPECT_EQ(utcTime->toDateTime(), QDateTime(QDate(1999, 12, 31), QTime(23, 59, 59), Qt::LocalTime));
+        utcTime->setData("550101000000Z");
+        EXPECT_EQ(utcTime->toDateTime(), QDateTime(QDate(2055, 1, 1), QTime(0, 0), Qt::LocalTime));
     }
     {
         ScopedTimeZone zone("EST5");  // west of UTC: the hour goes below zero
