@@ -73,11 +73,3 @@ void Args::expectPositionalsBetween(int least, int most, const char* what) const
     if (positionals_.size() > most)
         throw UsageError(QStringLiteral("unexpected argument %1").arg(positionals_.at(most)));
 }
-
-int parseIntOption(const QString& option, const QString& value, int least, int most) {
-    bool ok = false;
-    const int number = value.toInt(&ok);
-    if (!ok || number < least || number > most)
-        throw UsageError(QStringLiteral("%1 must be a number from %2 to %3").arg(option).arg(least).arg(most));
-    return number;
-}

@@ -36,7 +36,4 @@ private:
     QStringList positionals_;
 };
 
-// Parses an integer option value within [least, most].
-int parseIntOption(const QString& option, const QString& value, int least, int most);
-
 #endif

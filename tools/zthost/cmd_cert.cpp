@@ -8,6 +8,7 @@
 #include "console.h"
 #include "host_session.h"
 #include "invoke.h"
+#include "report.h"
 
 namespace {
 
