@@ -1,6 +1,30 @@
 #include "library.h"
 
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
 #include <dlfcn.h>
+
+namespace {
+
+// The library beside the tool (build tree) or in the installed library
+// folder; otherwise the dynamic loader's search path decides. The path is
+// made explicit because RUNPATH is not honoured when dlopen is intercepted
+// (as it is under AddressSanitizer).
+QByteArray defaultLibraryPath() {
+    const QString toolDir = QCoreApplication::applicationDirPath();
+    const QString candidates[] = {
+        toolDir + QStringLiteral("/libZTUtil.so.1"),
+        toolDir + QStringLiteral("/../" ZTHOST_LIBDIR "/libZTUtil.so.1"),
+    };
+    for (const QString& candidate : candidates) {
+        if (QFileInfo::exists(candidate))
+            return QFile::encodeName(candidate);
+    }
+    return QByteArray("libZTUtil.so.1");
+}
+
+}  // namespace
 
 ZtLibrary::~ZtLibrary() {
     // The library stays loaded: Qt keeps pointers to the meta-objects of the
@@ -9,7 +33,7 @@ ZtLibrary::~ZtLibrary() {
 }
 
 bool ZtLibrary::load(const QString& path, QString* error) {
-    const QByteArray file = path.isEmpty() ? QByteArray("libZTUtil.so.1") : path.toLocal8Bit();
+    const QByteArray file = path.isEmpty() ? defaultLibraryPath() : QFile::encodeName(path);
     handle_ = dlopen(file.constData(), RTLD_NOW | RTLD_LOCAL);
     if (handle_ == nullptr) {
         *error = QString::fromLocal8Bit(dlerror());
