@@ -2,12 +2,6 @@
 // every verification relies on; they run once, on first use, and the result
 // is shared read-only by all threads (OpenSSL groups may be used
 // concurrently as long as nobody changes them).
-//
-// EC_GROUP_precompute_mult is deprecated in OpenSSL 3 but still the way to
-// give a group built from explicit parameters its table of generator
-// multiples, which the double multiplication of each verification uses.
-#define OPENSSL_SUPPRESS_DEPRECATED
-
 #include "crypto/sm2_curve.h"
 
 #include <memory>
@@ -75,8 +69,6 @@ GroupPtr buildGroup(BN_CTX* ctx) {
     if (EC_GROUP_get_degree(group.get()) != 256 ||
         EC_GROUP_get_order(group.get(), readX.get(), ctx) != 1)
         return nullptr;
-    if (EC_GROUP_precompute_mult(group.get(), ctx) != 1)
-        return nullptr;
 
     PointPtr product(EC_POINT_new(group.get()));
     if (!product || EC_POINT_mul(group.get(), product.get(), n.get(), nullptr, nullptr, ctx) != 1 ||
@@ -94,7 +86,13 @@ Curve* buildCurve() {
     if (!group || !order)
         return nullptr;
     // Kept for the life of the process.
-    return new Curve{group.release(), order.release()};
+    std::unique_ptr<Curve> curve(new Curve);
+    if (!curve->generatorTable.build(group.get(), EC_GROUP_get0_generator(group.get()),
+                                     kGeneratorWidth, true, ctx.get()))
+        return nullptr;
+    curve->group = group.release();
+    curve->order = order.release();
+    return curve.release();
 }
 
 }  // namespace

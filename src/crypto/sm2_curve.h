@@ -6,12 +6,15 @@
 #include <openssl/bn.h>
 #include <openssl/ec.h>
 
+#include "crypto/sm2_multiply.h"
+
 namespace ztutil {
 namespace sm2 {
 
 struct Curve {
-    EC_GROUP* group;  // prime field, Montgomery arithmetic, generator multiples precomputed
-    BIGNUM* order;    // n
+    EC_GROUP* group;                // prime field with Montgomery arithmetic
+    BIGNUM* order;                  // n
+    OddMultiples generatorTable;    // odd multiples of G, affine
 };
 
 // The shared, read-only curve; null when it could not be built or one of

@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "crypto/sm2_curve.h"
+#include "crypto/sm2_point_x.h"
 #include "crypto/sm2_signature_der.h"
 #include "ztutil/sm2.h"
 
@@ -119,6 +120,26 @@ bool digestToInteger(const unsigned char* digest, unsigned int length, const BIG
     return orderBits % 8 == 0 || BN_rshift(e, e, 8 - orderBits % 8) == 1;
 }
 
+// R = e + x1, less n once when it is not below n, must equal r. With
+// r < n that holds exactly when x1 = r - e (then e + x1 < n) or
+// x1 = r - e + n (then e + x1 >= n); each candidate that is a field element
+// is compared with the point's x directly.
+bool xMatches(const ztutil::sm2::Curve& curve, const EC_POINT* point, const BIGNUM* r,
+              const BIGNUM* e, BIGNUM* candidate, BN_CTX* ctx) {
+    if (BN_sub(candidate, r, e) != 1)
+        return false;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (!BN_is_negative(candidate)) {
+            const int equal = ztutil::sm2::affineXEquals(curve.group, point, candidate, ctx);
+            if (equal != 0)
+                return equal == 1;
+        }
+        if (attempt == 0 && BN_add(candidate, candidate, curve.order) != 1)
+            return false;
+    }
+    return false;
+}
+
 bool signatureMatches(const ztutil::sm2::Curve& curve, const unsigned char* digest,
                       unsigned int digestLength, Workspace* w) {
     const BIGNUM* n = curve.order;
@@ -127,17 +148,12 @@ bool signatureMatches(const ztutil::sm2::Curve& curve, const unsigned char* dige
         return false;
     if (BN_mod_add(w->t, w->r, w->s, n, ctx) != 1 || BN_is_zero(w->t))
         return false;
-    if (EC_POINT_mul(curve.group, w->sum.get(), w->s, w->publicKey.get(), w->t, ctx) != 1 ||
-        EC_POINT_get_affine_coordinates(curve.group, w->sum.get(), w->x1, nullptr, ctx) != 1)
+    if (!ztutil::sm2::multiplyAdd(curve.group, curve.generatorTable, w->sum.get(), w->s,
+                                  w->publicKey.get(), w->t, ctx))
         return false;
     if (!digestToInteger(digest, digestLength, n, w->e))
         return false;
-    // R = e + x1 with a single subtraction of n.
-    if (BN_add(w->e, w->e, w->x1) != 1)
-        return false;
-    if (BN_ucmp(w->e, n) >= 0 && BN_sub(w->e, w->e, n) != 1)
-        return false;
-    return BN_ucmp(w->e, w->r) == 0;
+    return xMatches(curve, w->sum.get(), w->r, w->e, w->x1, ctx);
 }
 
 }  // namespace
