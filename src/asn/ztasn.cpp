@@ -1,0 +1,46 @@
+// ZTAsn: the document that owns a node tree.
+#include <QDebug>
+
+#include "ztutil/ztasn.h"
+
+namespace {
+
+const unsigned char kSequenceTag = 0x30;
+const int kConstructedBit = 0x20;
+
+}  // namespace
+
+ZTAsn::ZTAsn(QObject* parent) : ZTAsnBlock(parent) {}
+
+ZTAsn::~ZTAsn() {
+    close();
+}
+
+bool ZTAsn::create(int tagType) {
+    // Only the constructed bit of tagType counts: the root is always a
+    // SEQUENCE, and ASNAddSample refuses that tag for a primitive request.
+    stASN_BLOCK_HEADER* root = (tagType & kConstructedBit) != 0 ? ASNAddStruct(kSequenceTag, nullptr)
+                                                                : ASNAddSample(kSequenceTag, nullptr);
+    if (root == nullptr)
+        return false;
+    node = root;
+    return true;
+}
+
+bool ZTAsn::open(QByteArray data) {
+    qDebug("[ZTAsn::open]...");
+    if (data.isEmpty())
+        return false;
+    stASN_BLOCK_HEADER* root = ASNAddByData(
+        nullptr, reinterpret_cast<const unsigned char*>(data.constData()), static_cast<size_t>(data.size()));
+    if (root == nullptr)
+        return false;
+    ASNUpdate(root);
+    return load(root);
+}
+
+void ZTAsn::close() {
+    ASNDeleteBlock(node);
+    node = nullptr;
+    deleteChildWrappers();
+}
