@@ -9,7 +9,6 @@
 namespace {
 
 const unsigned int kSha1Size = 20;
-const unsigned int kSm3Size = 32;
 
 }  // namespace
 

@@ -74,26 +74,61 @@ CZTDate::CZTDate(int year, int month, int day, int hour, int minute, int second)
                        kFieldsFunction);
 }
 
-CZTDate::CZTDate(std::string text) {
+namespace {
+
+// The six fields of an ASN.1 time text as CZTDate reads them.
+struct TextFields {
+    int year, month, day, hour, minute, second;
+};
+
+// Throws std::out_of_range when a field starts past the end of the text.
+TextFields readTextFields(const std::string& text) {
+    TextFields fields;
     std::size_t position;
     if (text.size() < 14) {
         // Two-digit year: always 20YY, no century pivot.
-        year = readNumber(text, 0, 2) + 2000;
+        fields.year = readNumber(text, 0, 2) + 2000;
         position = 2;
     } else {
-        year = readNumber(text, 0, 4);
+        fields.year = readNumber(text, 0, 4);
         position = 4;
     }
-    month = readNumber(text, position, 2);
-    day = readNumber(text, position + 2, 2);
-    hour = readNumber(text, position + 4, 2);
-    minute = readNumber(text, position + 6, 2);
-    second = readNumber(text, position + 8, 2);
+    fields.month = readNumber(text, position, 2);
+    fields.day = readNumber(text, position + 2, 2);
+    fields.hour = readNumber(text, position + 4, 2);
+    fields.minute = readNumber(text, position + 6, 2);
+    fields.second = readNumber(text, position + 8, 2);
+    return fields;
+}
+
+bool dateInRange(int year, int month, int day) {
+    return month >= 1 && month <= 12 && day >= 1 && day <= monthLength(year, month);
+}
+
+}  // namespace
+
+CZTDate::CZTDate(std::string text) {
+    const TextFields fields = readTextFields(text);
+    year = fields.year;
+    month = fields.month;
+    day = fields.day;
+    hour = fields.hour;
+    minute = fields.minute;
+    second = fields.second;
 
     const bool dateValid = month >= 1 && month <= 12 && day >= 1 && day <= GetMonthDay(year, month);
     ZT_CONTRACT_ASSERT(dateValid, "false", kSourceName, kTextFieldsLine, kTextFunction);
     ZT_CONTRACT_ASSERT(timeOfDayInRange(hour, minute, second), "false", kSourceName,
                        kTextTimeOfDayLine, kTextFunction);
+}
+
+bool CZTDate::IsValidText(const std::string& text) {
+    // The last field, the second, starts at 10 (two-digit year) or 12.
+    const std::size_t secondPosition = text.size() < 14 ? 10 : 12;
+    if (text.size() < secondPosition)
+        return false;
+    const TextFields f = readTextFields(text);
+    return dateInRange(f.year, f.month, f.day) && timeOfDayInRange(f.hour, f.minute, f.second);
 }
 
 bool CZTDate::IsLeapYear(int year) {

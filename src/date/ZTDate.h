@@ -24,6 +24,11 @@ public:
     // ends before the month, day, hour, minute or second starts.
     explicit CZTDate(std::string text);
 
+    // Whether CZTDate(text) would build a value: false where that
+    // constructor would throw or stop the process. Lets callers that read
+    // untrusted text (certificate times) skip a bad time instead.
+    static bool IsValidText(const std::string& text);
+
     bool IsLeapYear(int year);
     // Days of the month; the month must be 1-12.
     int GetMonthDay(int year, int month);

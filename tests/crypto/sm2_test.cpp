@@ -15,12 +15,13 @@
 
 #include "crypto/sm2_signature_der.h"
 #include "support/capture.h"
+#include "support/sm2_signer.h"
 #include "ztutil/sm2.h"
 #include "ztutil/sm3.h"
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using ztutil_test::Bytes;
 using ztutil_test::StdoutCapture;
 
 const char kUserId[] = "1234567812345678";
@@ -53,48 +54,11 @@ Bytes append(Bytes a, const Bytes& b) {
     return a;
 }
 
-// A key made by OpenSSL, with its 132-byte public-key record.
-struct Signer {
-    EVP_PKEY* key = nullptr;
-    Bytes record = Bytes(132, 0);
-    Bytes x, y;
-
-    Signer() {
-        key = EVP_PKEY_Q_keygen(nullptr, nullptr, "SM2");
-        unsigned char point[65];
-        size_t length = 0;
-        EXPECT_EQ(EVP_PKEY_get_octet_string_param(key, OSSL_PKEY_PARAM_PUB_KEY, point,
-                                                  sizeof point, &length),
-                  1);
-        EXPECT_EQ(length, 65u);
-        x.assign(point + 1, point + 33);
-        y.assign(point + 33, point + 65);
-        const unsigned int bits = 256;
-        std::memcpy(record.data(), &bits, 4);
-        std::copy(x.begin(), x.end(), record.begin() + 36);
-        std::copy(y.begin(), y.end(), record.begin() + 100);
-    }
-    ~Signer() { EVP_PKEY_free(key); }
-    Signer(const Signer&) = delete;
-    Signer& operator=(const Signer&) = delete;
-
-    // OpenSSL's SM2 signature (DER) over the message with the default ID.
-    Bytes sign(const Bytes& message) const {
-        EVP_MD_CTX* md = EVP_MD_CTX_new();
-        EVP_PKEY_CTX* pctx = EVP_PKEY_CTX_new(key, nullptr);
-        EXPECT_EQ(EVP_PKEY_CTX_set1_id(pctx, kUserId, 16), 1);
-        EVP_MD_CTX_set_pkey_ctx(md, pctx);
-        size_t length = 0;
-        EXPECT_EQ(EVP_DigestSignInit(md, nullptr, EVP_sm3(), nullptr, key), 1);
-        EXPECT_EQ(EVP_DigestSign(md, nullptr, &length, message.data(), message.size()), 1);
-        Bytes signature(length);
-        EXPECT_EQ(EVP_DigestSign(md, signature.data(), &length, message.data(), message.size()),
-                  1);
-        signature.resize(length);
-        EVP_MD_CTX_free(md);
-        EVP_PKEY_CTX_free(pctx);
-        return signature;
-    }
+// OpenSSL's key and signatures, with the library's digest of a message.
+struct Signer : ztutil_test::Sm2Signer {
+    Bytes record = Sm2Signer::record();
+    Bytes x = Sm2Signer::x();
+    Bytes y = Sm2Signer::y();
 
     Bytes digest(Bytes message) {
         Bytes e(32);
@@ -109,15 +73,9 @@ struct RS {
     Bytes r, s;  // 32 bytes each
 };
 
-// r and s of a DER signature, read by OpenSSL.
 RS split(const Bytes& der) {
-    const unsigned char* p = der.data();
-    ECDSA_SIG* sig = d2i_ECDSA_SIG(nullptr, &p, static_cast<long>(der.size()));
-    EXPECT_NE(sig, nullptr);
-    RS rs{Bytes(32), Bytes(32)};
-    BN_bn2binpad(ECDSA_SIG_get0_r(sig), rs.r.data(), 32);
-    BN_bn2binpad(ECDSA_SIG_get0_s(sig), rs.s.data(), 32);
-    ECDSA_SIG_free(sig);
+    RS rs;
+    ztutil_test::splitSignature(der, &rs.r, &rs.s);
     return rs;
 }
 

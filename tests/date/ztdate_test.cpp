@@ -151,6 +151,20 @@ TEST(ZTDateTest, TextForms) {
     EXPECT_EQ(capture.text(), "2024-1-5 9:3:7\n");
 }
 
+TEST(ZTDateTest, IsValidTextTellsWhetherTheTextConstructs) {
+    for (const char* good : {"240229120000Z", "991231235959Z", "20240101235960Z", "2401011200",
+                             "240101120000.1+08", "000101000000", "24010112000"}) {
+        EXPECT_TRUE(CZTDate::IsValidText(good)) << good;
+        CZTDate date{std::string(good)};  // must not stop the process
+        (void)date;
+    }
+    for (const char* bad : {"", "24", "240101", "240101120", "230229120000Z", "241301120000Z",
+                            "240100120000Z", "2401001200", "20240101240000Z", "240101236100Z",
+                            "2401012300-1Z", "abcdefghijklm"}) {
+        EXPECT_FALSE(CZTDate::IsValidText(bad)) << bad;
+    }
+}
+
 TEST(ZTDateTest, LeapYearsAndMonthLengths) {
     CZTDate any(2024, 1, 1, 0, 0, 0);
     EXPECT_FALSE(any.IsLeapYear(1900));
