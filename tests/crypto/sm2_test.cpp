@@ -7,10 +7,12 @@
 #include <openssl/ec.h>
 #include <openssl/evp.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "crypto/sm2_signature_der.h"
@@ -228,6 +230,30 @@ TEST(Sm2VerifyTest, OpenSslSignaturesVerifyAndOneBitChangesAreRejected) {
             EXPECT_EQ(verify(signer.record, e, encode(flipped, IntegerForm::Minimal)), kMismatch);
         }
     }
+}
+
+TEST(Sm2VerifyTest, ConcurrentVerificationsShareTheCurve) {
+    Signer signer;
+    const Bytes message = {4, 5, 6};
+    const Bytes der = signer.sign(message);
+    const Bytes e = signer.digest(message);
+    std::atomic<int> accepted{0};
+    StdoutCapture capture;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 10; ++i) {
+                Bytes record = signer.record, digest = e, signature = der;
+                if (SM2Verify(record.data(), 132, digest.data(), 32, signature.data(),
+                              static_cast<unsigned int>(signature.size())) == 0)
+                    ++accepted;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    capture.text();
+    EXPECT_EQ(accepted.load(), 40);
 }
 
 TEST(Sm2VerifyTest, SmallAndHighBitIntegersInEveryForm) {
