@@ -94,6 +94,14 @@ public:
     Q_INVOKABLE bool open(QByteArray data);
     // Frees the tree and its wrappers.
     Q_INVOKABLE void close();
+
+private:
+    // Keeps a root that a later create() or open() replaced: the wrappers of
+    // the earlier tree stay in the child list, so the tree must live until
+    // close() frees everything.
+    void retireRoot(stASN_BLOCK_HEADER* root);
+
+    QList<stASN_BLOCK_HEADER*> retiredRoots_;
 };
 
 #endif

@@ -23,6 +23,7 @@ bool ZTAsn::create(int tagType) {
                                                                 : ASNAddSample(kSequenceTag, nullptr);
     if (root == nullptr)
         return false;
+    retireRoot(node);
     node = root;
     return true;
 }
@@ -36,11 +37,27 @@ bool ZTAsn::open(QByteArray data) {
     if (root == nullptr)
         return false;
     ASNUpdate(root);
-    return load(root);
+    // A second open appends the new tree's wrappers after the first tree's,
+    // which stay in place: child 0 still names the first document.
+    stASN_BLOCK_HEADER* previousRoot = node;
+    if (!load(root)) {
+        retireRoot(root);  // wrappers made before the failure point into it
+        return false;
+    }
+    retireRoot(previousRoot);
+    return true;
 }
 
 void ZTAsn::close() {
     ASNDeleteBlock(node);
     node = nullptr;
+    for (stASN_BLOCK_HEADER* root : retiredRoots_)
+        ASNDeleteBlock(root);
+    retiredRoots_.clear();
     deleteChildWrappers();
+}
+
+void ZTAsn::retireRoot(stASN_BLOCK_HEADER* root) {
+    if (root != nullptr)
+        retiredRoots_.append(root);
 }

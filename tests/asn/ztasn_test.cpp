@@ -96,6 +96,34 @@ TEST(ZTAsnDocument, CreateOpenAndClose) {
     EXPECT_EQ(asn.getChildCount(), 0);
 }
 
+TEST(ZTAsnDocument, ReplacedRootsStayUntilClose) {
+    // A second open appends after the first tree, whose wrappers still point
+    // into it; a second create replaces the root. Under the sanitizer build
+    // this also checks that close() frees every tree.
+    ZTAsn asn;
+    const QByteArray certificate = fixture("asn_sm2_cert.der");
+    const QByteArray integer = hex("020105");
+    DebugCapture quiet;
+    ASSERT_TRUE(asn.open(certificate));
+    ZTAsnBlock* firstTbs = asn.getChild(0, 0x30);
+    ASSERT_NE(firstTbs, nullptr);
+    ASSERT_TRUE(asn.open(hex("3003") + integer));
+    EXPECT_EQ(asn.getChildCount(), 4);
+    EXPECT_EQ(asn.getChild(0, 0), firstTbs);
+    const QByteArray firstTbsBytes = firstTbs->build();  // the first tree is still alive
+    ASSERT_FALSE(firstTbsBytes.isEmpty());
+    EXPECT_TRUE(certificate.contains(firstTbsBytes));
+    EXPECT_EQ(asn.getChild(3, 2)->toInt(), 5);
+    asn.close();
+    EXPECT_EQ(asn.getChildCount(), 0);
+
+    ASSERT_TRUE(asn.create());
+    ASSERT_TRUE(asn.create(0x30));
+    EXPECT_EQ(asn.type(), 0x30);
+    asn.close();
+    EXPECT_EQ(asn.node, nullptr);
+}
+
 TEST(ZTAsnBlock, GetChildAndItsThreeMessages) {
     ZTAsn asn;
     ASSERT_TRUE(asn.open(hex("30050201050500")));

@@ -1,0 +1,182 @@
+// ZTCertificate: the DER structures of GM and government-affairs seal
+// signatures, and the SM2 signature value structure they carry.
+//
+// Nothing is hashed or signed here: the host supplies every piece and gets
+// the encoding back.
+#include <memory>
+
+#include "ztutil/component.h"
+#include "ztutil/ztasn.h"
+#include "ztutil/ztcertificate.h"
+
+namespace {
+
+const int kTagInteger = 0x02;
+const int kTagBitString = 0x03;
+const int kTagOctetString = 0x04;
+const int kTagOid = 0x06;
+const int kTagIa5String = 0x16;
+const int kTagGeneralizedTime = 0x18;
+const int kTagSequence = 0x30;
+
+const char kGmVersion = 0x02;
+const char kZwVersion = 0x04;
+// 1.2.156.10197.1.501, SM2 signature with SM3, as content octets.
+const char kSm2WithSm3Oid[] = "\x2A\x81\x1C\xCF\x55\x01\x83\x75";
+const char kSm2WithSm3OidText[] = "1.2.156.10197.1.501";
+
+const int kRawSignatureHalf = 32;
+const int kDerPassThroughMinimum = 65;
+
+// The caller's bytes without a copy; a null pointer or negative length is empty.
+QByteArray borrowed(const unsigned char* bytes, int length) {
+    if (bytes == nullptr || length <= 0)
+        return QByteArray();
+    return QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), length);
+}
+
+// A document with a SEQUENCE root, or null.
+std::unique_ptr<ZTAsn> newSequenceDocument() {
+    std::unique_ptr<ZTAsn> document(new ZTAsn(nullptr));
+    if (!document->create(kTagSequence))
+        return nullptr;
+    return document;
+}
+
+// Adds a primitive child and sets its content; false when the child could not be made.
+bool addPrimitive(ZTAsnBlock* parent, int tag, const QByteArray& content) {
+    ZTAsnBlock* child = parent->addSample(tag);
+    if (child == nullptr)
+        return false;
+    child->setData(content);
+    return true;
+}
+
+QByteArray encode(ZTAsn* document) {
+    document->update();
+    return document->build();
+}
+
+}  // namespace
+
+QByteArray ZTCertificate::GetGMSignInfo(unsigned char*, int, unsigned char* pSealInfo,
+                                        int iSealInfoLen, unsigned char* pPropertyInfo,
+                                        int PropertyInfoLen, unsigned char* pHashData, int iHashLen,
+                                        unsigned char* pCertContext, int iCertLen,
+                                        unsigned char* pTimeInfo, int iTimeInfoLen,
+                                        unsigned char*, int) {
+    // The version (always 2) and the algorithm (always SM2 with SM3) are fixed
+    // by the format; the caller's values are ignored.
+    QByteArray result;
+    const QByteArray seal = borrowed(pSealInfo, iSealInfoLen);
+    const QByteArray digest = borrowed(pHashData, iHashLen);
+    const QByteArray time = borrowed(pTimeInfo, iTimeInfoLen);
+    if (seal.isEmpty() || digest.isEmpty() || time.isEmpty())
+        return result;
+    std::unique_ptr<ZTAsn> document = newSequenceDocument();
+    if (!document)
+        return result;
+    const bool complete = addPrimitive(document.get(), kTagInteger, QByteArray(1, kGmVersion)) &&
+                          document->addBlock(seal) &&
+                          addPrimitive(document.get(), kTagBitString, time) &&
+                          addPrimitive(document.get(), kTagBitString, digest) &&
+                          addPrimitive(document.get(), kTagIa5String,
+                                       borrowed(pPropertyInfo, PropertyInfoLen)) &&
+                          addPrimitive(document.get(), kTagOctetString,
+                                       borrowed(pCertContext, iCertLen));
+    if (!complete)
+        return result;
+    // Without the algorithm child the structure is still finished.
+    addPrimitive(document.get(), kTagOid, QByteArray(kSm2WithSm3Oid, sizeof kSm2WithSm3Oid - 1));
+    result = encode(document.get());
+    return result;
+}
+
+QByteArray ZTCertificate::GetGMV2ASNData(QByteArray qSealSignInfo, QByteArray qEccSign) {
+    // Empty but not null on failure, unlike GetGMSignInfo.
+    QByteArray result("");
+    std::unique_ptr<ZTAsn> document = newSequenceDocument();
+    if (!document)
+        return result;
+    document->addBlock(qSealSignInfo);
+    ZTAsnBlock* signature = document->addSample(kTagBitString);
+    if (signature == nullptr || qEccSign.isEmpty())
+        return result;
+    signature->setData(CreateSM2DigalStruct(qEccSign));
+    result = encode(document.get());
+    return result;
+}
+
+QByteArray ZTCertificate::GetZWSignInfo(unsigned char*, int, unsigned char* pSealInfo,
+                                        int iSealInfoLen, unsigned char* pPropertyInfo,
+                                        int PropertyInfoLen, unsigned char* pHashData, int iHashLen,
+                                        unsigned char*, int, unsigned char* pTimeInfo,
+                                        int iTimeInfoLen) {
+    QByteArray result;
+    const QByteArray seal = borrowed(pSealInfo, iSealInfoLen);
+    const QByteArray digest = borrowed(pHashData, iHashLen);
+    const QByteArray time = borrowed(pTimeInfo, iTimeInfoLen);
+    if (seal.isEmpty() || digest.isEmpty() || time.isEmpty())
+        return result;
+    std::unique_ptr<ZTAsn> document = newSequenceDocument();
+    if (!document)
+        return result;
+    const bool complete = addPrimitive(document.get(), kTagInteger, QByteArray(1, kZwVersion)) &&
+                          document->addBlock(seal) &&
+                          addPrimitive(document.get(), kTagGeneralizedTime, time) &&
+                          addPrimitive(document.get(), kTagBitString, digest) &&
+                          addPrimitive(document.get(), kTagIa5String,
+                                       borrowed(pPropertyInfo, PropertyInfoLen));
+    if (!complete)
+        return result;
+    result = encode(document.get());
+    return result;
+}
+
+QByteArray ZTCertificate::GetZWASNData(QByteArray qSealSignInfo, QByteArray qCert,
+                                       QByteArray qMethod, QByteArray qEccSign) {
+    QByteArray result;
+    std::unique_ptr<ZTAsn> document = newSequenceDocument();
+    if (!document)
+        return result;
+    document->addBlock(qSealSignInfo);
+    ZTAsnBlock* certificate = document->addSample(kTagOctetString);
+    if (certificate == nullptr || qCert.isEmpty())
+        return result;
+    certificate->setData(qCert);
+    ZTAsnBlock* algorithm = document->addSample(kTagOid);
+    if (algorithm == nullptr)
+        return result;
+    algorithm->setData(qMethod.isEmpty() ? QByteArray(kSm2WithSm3OidText) : qMethod);
+    ZTAsnBlock* signature = document->addSample(kTagBitString);
+    if (signature == nullptr || qEccSign.isEmpty())
+        return result;
+    signature->setData(CreateSM2DigalStruct(qEccSign));
+    result = encode(document.get());
+    return result;
+}
+
+QByteArray ZTCertificate::CreateSM2DigalStruct(QByteArray eccSign) {
+    if (Q_Dispatch* agent = getSignatureCore()) {
+        QString line = QStringLiteral("[%1]%2")
+                           .arg(QStringLiteral("%1:%2:%3")
+                                    .arg(QStringLiteral("ztcertificate"))
+                                    .arg(QStringLiteral("CreateSM2DigalStruct"))
+                                    .arg(813))
+                           .arg(QStringLiteral(" start"));
+        agent->invokeHelper(QStringLiteral("logDebug"), nullptr, &line);
+    }
+    if (eccSign.size() > kDerPassThroughMinimum && static_cast<unsigned char>(eccSign.at(0)) == 0x30)
+        return eccSign;  // DER already; the contents are not checked
+    if (eccSign.isEmpty())
+        return QByteArray();
+    std::unique_ptr<ZTAsn> document = newSequenceDocument();
+    if (!document)
+        return QByteArray();
+    // r and s as they stand: INTEGER setData puts a 0x00 in front only when
+    // the first octet is above 0x80, so a value starting with 0x80 stays
+    // without it. A short input gives a short (or empty) s.
+    addPrimitive(document.get(), kTagInteger, eccSign.mid(0, kRawSignatureHalf));
+    addPrimitive(document.get(), kTagInteger, eccSign.mid(kRawSignatureHalf, kRawSignatureHalf));
+    return encode(document.get());
+}
