@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "ztutil/ztasn.h"
+#include "ztutil/ztverifytools.h"
 
 namespace {
 
@@ -150,7 +151,6 @@ QString ZTCertificate::pubKeyAlgOID() {
 
 bool ZTCertificate::ZTGetPubKeyByCert(unsigned char* pbtCertData, uint dwCertDataLength,
                                       unsigned char* pbtPubKey, uint* pdwPubKeySize) {
-    // TODO(merge): forward to ZTVerifyTools::ZTGetPubKeyByCert.
-    (void)pbtCertData; (void)dwCertDataLength; (void)pbtPubKey; (void)pdwPubKeySize;
-    return false;
+    return ZTVerifyTools::ZTGetPubKeyByCert(pbtCertData, dwCertDataLength, pbtPubKey,
+                                            pdwPubKeySize) != 0;
 }

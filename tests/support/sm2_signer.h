@@ -1,0 +1,46 @@
+// An SM2 key made by OpenSSL, its ECC public-key record and certificate, and
+// OpenSSL's signatures (SM3, default user ID) as an independent signer.
+#ifndef ZTUTIL_TESTS_SM2_SIGNER_H
+#define ZTUTIL_TESTS_SM2_SIGNER_H
+
+#include <openssl/evp.h>
+
+#include <vector>
+
+namespace ztutil_test {
+
+using Bytes = std::vector<unsigned char>;
+
+class Sm2Signer {
+public:
+    Sm2Signer();
+    ~Sm2Signer();
+    Sm2Signer(const Sm2Signer&) = delete;
+    Sm2Signer& operator=(const Sm2Signer&) = delete;
+
+    // OpenSSL's DER signature over the message (SM3 with the Z value of
+    // the ID "1234567812345678").
+    Bytes sign(const Bytes& message) const;
+
+    // A self-signed certificate of the key (DER), valid from now +
+    // notBeforeSeconds to now + notAfterSeconds; `version` is 0 for a
+    // version-1 certificate (no version field) and 2 for version 3.
+    Bytes certificate(long notBeforeSeconds, long notAfterSeconds, long version = 2) const;
+
+    EVP_PKEY* key() const { return key_; }
+    const Bytes& x() const { return x_; }
+    const Bytes& y() const { return y_; }
+    // 132-byte record: bit length 256, x at 36, y at 100.
+    const Bytes& record() const { return record_; }
+
+private:
+    EVP_PKEY* key_;
+    Bytes x_, y_, record_;
+};
+
+// r and s (32 bytes each) of a DER signature, read by OpenSSL.
+void splitSignature(const Bytes& der, Bytes* r, Bytes* s);
+
+}  // namespace ztutil_test
+
+#endif
