@@ -1,6 +1,4 @@
 // zthost sm3: SM3 digests of files, in the manner of sha256sum.
-#include <QFile>
-
 #include "args.h"
 #include "cli.h"
 #include "console.h"
@@ -26,24 +24,9 @@ const char kUsage[] =
     "example:\n"
     "  zthost sm3 examples/document.txt\n";
 
-const int kDigestSize = 32;
-
-// The digest of one named file through ztutil_sm3_file.
-QByteArray digestOfFile(const ZtLibrary& library, const QString& path) {
-    auto digestFile = requireSymbol<fn::Sm3File>(library, Symbol::Sm3File);
-    QByteArray name = QFile::encodeName(path);
-    QByteArray digest(kDigestSize, '\0');
-    const int status = digestFile(name.data(), reinterpret_cast<unsigned char*>(digest.data()));
-    if (status == 1)
-        throw CommandFailure(kExitFailed, QStringLiteral("%1: cannot open").arg(path));
-    if (status != 0)  // 2: the digest covers only what was read before the error
-        throw CommandFailure(kExitFailed, QStringLiteral("%1: read error").arg(path));
-    return digest;
-}
-
 QByteArray digestOf(const ZtLibrary& library, const QString& path) {
     if (path != QLatin1String("-"))
-        return digestOfFile(library, path);
+        return sm3OfFile(library, path);
     Sm3Stream stream(library);
     feedFile(stream, path);
     return stream.finish();

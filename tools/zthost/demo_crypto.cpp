@@ -56,8 +56,10 @@ void demoSm3(DemoRun& run) {
     const QByteArray document = run.readExample("document.txt");
     const QByteArray expected = run.readExample("document.sm3");
     run.line(QStringLiteral("document.txt, %1 bytes; openssl dgst -sm3: %2").arg(document.size()).arg(hexText(expected)));
-    const QByteArray streamed = sm3Digest(run.session().library(), document);
-    run.check(streamed == expected, QStringLiteral("ztutil_sm3_update/finish agree"));
+    run.check(sm3OfFile(run.session().library(), run.examplePath("document.txt")) == expected,
+              QStringLiteral("ztutil_sm3_file agrees"));
+    run.check(sm3Digest(run.session().library(), document) == expected,
+              QStringLiteral("ztutil_sm3_starts/update/finish agree"));
     run.check(componentSm3(run.session(), document) == expected, QStringLiteral("ZTUtil::sm3 (by name) agrees"));
 }
 

@@ -46,6 +46,18 @@ QByteArray sm3Digest(const ZtLibrary& library, const QByteArray& data) {
     return stream.finish();
 }
 
+QByteArray sm3OfFile(const ZtLibrary& library, const QString& path) {
+    auto digestFile = requireSymbol<fn::Sm3File>(library, Symbol::Sm3File);
+    QByteArray name = QFile::encodeName(path);
+    QByteArray digest(kDigestSize, '\0');
+    const int status = digestFile(name.data(), reinterpret_cast<unsigned char*>(digest.data()));
+    if (status == 1)
+        throw CommandFailure(kExitFailed, QStringLiteral("%1: cannot open").arg(path));
+    if (status != 0)  // 2: the digest covers only what was read before the error
+        throw CommandFailure(kExitFailed, QStringLiteral("%1: read error").arg(path));
+    return digest;
+}
+
 void feedFile(Sm3Stream& stream, const QString& path) {
     QFile file;
     bool opened = false;

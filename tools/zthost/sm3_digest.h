@@ -29,6 +29,10 @@ private:
 // SM3 of `data`.
 QByteArray sm3Digest(const ZtLibrary& library, const QByteArray& data);
 
+// SM3 of a named file through the library's own reader, ztutil_sm3_file.
+// Throws CommandFailure when the file cannot be opened or read.
+QByteArray sm3OfFile(const ZtLibrary& library, const QString& path);
+
 // Feeds the content of `path` ("-" = standard input) to `stream` in chunks.
 // Throws CommandFailure when the file cannot be read.
 void feedFile(Sm3Stream& stream, const QString& path);
