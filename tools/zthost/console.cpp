@@ -1,6 +1,7 @@
 #include "console.h"
 
 #include <QtGlobal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
