@@ -61,13 +61,13 @@ TEST(CertParam, ValidityDigitsOfAVersionThreeCertificate) {
     EXPECT_EQ(parts.at(1).size(), 14);  // GeneralizedTime without its Z
     EXPECT_TRUE(parts.at(1).startsWith(QLatin1String("20")));
 
-    cert_test::CertificateSpec spec;
-    spec.subject = {{"CN", "x"}};
-    spec.notBefore = "230101000000Z";
-    spec.notAfter = "330101000000Z";
-    EXPECT_EQ(reader.GetCertParam(cert_test::buildCertificate(spec), 4, 0x30),
+    cert_test::CertificateRecipe recipe;
+    recipe.subject = {{"CN", "x"}};
+    recipe.notBefore = "230101000000Z";
+    recipe.notAfter = "330101000000Z";
+    EXPECT_EQ(reader.GetCertParam(cert_test::buildCertificate(recipe), 4, 0x30),
               "230101000000;330101000000");
-    EXPECT_EQ(reader.GetCertParam(cert_test::buildCertificate(spec), 4, 0),
+    EXPECT_EQ(reader.GetCertParam(cert_test::buildCertificate(recipe), 4, 0),
               "230101000000;330101000000");
 }
 

@@ -10,7 +10,7 @@
 
 #include <memory>
 
-using cert_test::CertificateSpec;
+using cert_test::CertificateRecipe;
 using cert_test::ExpectedFields;
 using ztutil_test::DebugCapture;
 using ztutil_test::StdoutCapture;
@@ -168,11 +168,11 @@ TEST(Certificate, AttributesMissingFromALaterCertificateCarryOver) {
 }
 
 TEST(Certificate, DistinguishedNamesAreFilledMarkerByMarker) {
-    CertificateSpec spec;
-    spec.issuer = {{"C", "CN"}, {"O", "Org %4"}, {"CN", "Issuer"}};
-    spec.subject = {{"CN", "Subject"}};
+    CertificateRecipe recipe;
+    recipe.issuer = {{"C", "CN"}, {"O", "Org %4"}, {"CN", "Issuer"}};
+    recipe.subject = {{"CN", "Subject"}};
     ZTCertificate certificate;
-    ASSERT_TRUE(certificate.open(cert_test::buildCertificate(spec)));
+    ASSERT_TRUE(certificate.open(cert_test::buildCertificate(recipe)));
     // The O value's "%4" is filled by the last substitution, like the CN slot.
     EXPECT_EQ(certificate.getIssuerDN(), "C=CN,O=Org Issuer,OU=,CN=Issuer");
     EXPECT_EQ(certificate.getSubjectDN(), "CN=Subject,E=,O=,OU=");
@@ -189,13 +189,13 @@ TEST(Certificate, TimesThatAreNotStrictDerFail) {
         {"20230101000000.5Z", "notBefore fail"},          // fractional seconds
     };
     for (const Case& c : cases) {
-        CertificateSpec spec;
-        spec.subject = {{"CN", "x"}};
-        spec.notBefore = c.notBefore;
+        CertificateRecipe recipe;
+        recipe.subject = {{"CN", "x"}};
+        recipe.notBefore = c.notBefore;
         ZTCertificate certificate;
         DebugCapture debug;
         StdoutCapture quiet;
-        EXPECT_FALSE(certificate.open(cert_test::buildCertificate(spec))) << c.notBefore.constData();
+        EXPECT_FALSE(certificate.open(cert_test::buildCertificate(recipe))) << c.notBefore.constData();
         EXPECT_TRUE(debug.lines().contains(
             QStringLiteral("[ZTCertificate::parseTBSCertificate] ...tbsCertificate ") + c.line))
             << c.notBefore.constData();

@@ -174,15 +174,15 @@ void setTime(ASN1_TIME* time, const QByteArray& text) {
 
 }  // namespace
 
-QByteArray buildCertificate(const CertificateSpec& spec) {
+QByteArray buildCertificate(const CertificateRecipe& recipe) {
     EVP_PKEY* key = EVP_PKEY_Q_keygen(nullptr, nullptr, "SM2");
     X509* certificate = X509_new();
-    X509_set_version(certificate, spec.version);
+    X509_set_version(certificate, recipe.version);
     ASN1_INTEGER_set(X509_get_serialNumber(certificate), 0x1234);
-    addName(X509_get_issuer_name(certificate), spec.issuer, spec.stringType);
-    addName(X509_get_subject_name(certificate), spec.subject, spec.stringType);
-    setTime(X509_getm_notBefore(certificate), spec.notBefore);
-    setTime(X509_getm_notAfter(certificate), spec.notAfter);
+    addName(X509_get_issuer_name(certificate), recipe.issuer, recipe.stringType);
+    addName(X509_get_subject_name(certificate), recipe.subject, recipe.stringType);
+    setTime(X509_getm_notBefore(certificate), recipe.notBefore);
+    setTime(X509_getm_notAfter(certificate), recipe.notAfter);
     X509_set_pubkey(certificate, key);
     X509_sign(certificate, key, EVP_sm3());
     const QByteArray der = toDer(certificate);

@@ -41,7 +41,7 @@ QList<QByteArray> pemBundle(const QString& path);
 
 // Builds a self-signed SM2 certificate. Each name is a list of
 // (attribute short name, UTF-8 value); validity texts are set as given.
-struct CertificateSpec {
+struct CertificateRecipe {
     long version = 2;  // 0 for version 1
     QList<QPair<QString, QString>> issuer;
     QList<QPair<QString, QString>> subject;
@@ -49,7 +49,7 @@ struct CertificateSpec {
     QByteArray notAfter = "330101000000Z";
     int stringType = MBSTRING_UTF8;
 };
-QByteArray buildCertificate(const CertificateSpec& spec);
+QByteArray buildCertificate(const CertificateRecipe& recipe);
 
 }  // namespace cert_test
 
