@@ -15,7 +15,7 @@ to_der() { openssl x509 -in "$1" -outform DER -out "$2"; }
 sm2_key "$work/sm2.key"
 
 # Version 3, SM2, full subject with e-mail; serial 0x8A is encoded 00 8A.
-openssl req -new -x509 -key "$work/sm2.key" -sm3 -set_serial 0x8A -days 3650 \
+openssl req -new -x509 -key "$work/sm2.key" -sm3 -set_serial 0x8A -days 8000 \
   -subj "/C=CN/O=Test Org/OU=Seal Unit/CN=Seal Signer/emailAddress=signer@example.cn" \
   -out "$work/sm2_v3.pem"
 to_der "$work/sm2_v3.pem" sm2_v3.der
@@ -24,7 +24,7 @@ to_der "$work/sm2_v3.pem" sm2_v3.der
 openssl req -new -key "$work/sm2.key" -sm3 -subj "/C=CN/O=Test Org/CN=Version One" \
   -out "$work/v1.csr"
 openssl x509 -req -in "$work/v1.csr" -CA "$work/sm2_v3.pem" -CAkey "$work/sm2.key" -sm3 \
-  -set_serial 1 -days 30 -out "$work/sm2_v1.pem" 2>/dev/null
+  -set_serial 1 -days 8000 -out "$work/sm2_v1.pem" 2>/dev/null
 to_der "$work/sm2_v1.pem" sm2_v1.der
 
 # Two CN values; validity past 2049, so notAfter is a GeneralizedTime.
@@ -43,14 +43,14 @@ prompt = no
 CN = 电子印章
 O = BMP Org
 CNF
-openssl req -new -x509 -key "$work/sm2.key" -sm3 -set_serial 3 -days 365 \
+openssl req -new -x509 -key "$work/sm2.key" -sm3 -set_serial 3 -days 8000 \
   -config "$work/bmp.cnf" -out "$work/bmp.pem"
 to_der "$work/bmp.pem" sm2_bmp_name.der
 
 # RSA 1024 and 2048.
 for bits in 1024 2048; do
   rsa_key "$work/rsa$bits.key" "$bits"
-  openssl req -new -x509 -key "$work/rsa$bits.key" -sha256 -set_serial 4 -days 365 \
+  openssl req -new -x509 -key "$work/rsa$bits.key" -sha256 -set_serial 4 -days 8000 \
     -subj "/C=CN/O=RSA Org/OU=Unit $bits/CN=RSA $bits" -out "$work/rsa$bits.pem"
   to_der "$work/rsa$bits.pem" "rsa$bits.der"
 done
