@@ -3,13 +3,12 @@
 #include <cstring>
 
 #include "ztutil/asn.h"
+#include "asn/asn_tags.h"
 
 namespace {
 
-const unsigned char kBitStringTag = 0x03;
-
 bool isBitString(const stASN_BLOCK_HEADER* node) {
-    return node != nullptr && node->tag == kBitStringTag;
+    return node != nullptr && node->tag == tag::kBitString;
 }
 
 }  // namespace

@@ -4,11 +4,10 @@
 #include <ctime>
 
 #include "ztutil/asn.h"
+#include "asn/asn_tags.h"
 
 namespace {
 
-const unsigned char kUtcTimeTag = 0x17;
-const unsigned char kGeneralizedTimeTag = 0x18;
 const unsigned kTimeTextCapacity = 50;  // longer contents are not supported
 
 const unsigned kErrorNone = 0;
@@ -125,7 +124,7 @@ std::int64_t utcSeconds(const TimeFields& fields, int offsetMinutes) {
 }
 
 std::int64_t timeFromNode(const stASN_BLOCK_HEADER* node, unsigned* error) {
-    if (node == nullptr || (node->tag != kUtcTimeTag && node->tag != kGeneralizedTimeTag) ||
+    if (node == nullptr || (node->tag != tag::kUtcTime && node->tag != tag::kGeneralizedTime) ||
         node->dataLength > kTimeTextCapacity) {
         *error = kErrorBadText;
         return 0;
@@ -134,7 +133,7 @@ std::int64_t timeFromNode(const stASN_BLOCK_HEADER* node, unsigned* error) {
     if (node->dataLength != 0)
         std::memcpy(text, node->data, node->dataLength);
 
-    const bool generalized = node->tag == kGeneralizedTimeTag;
+    const bool generalized = node->tag == tag::kGeneralizedTime;
     const char* cursor = text;
     TimeFields fields;
     int fieldError = 0;

@@ -2,10 +2,10 @@
 #include <QDebug>
 
 #include "ztutil/ztasn.h"
+#include "asn/asn_tags.h"
 
 namespace {
 
-const unsigned char kSequenceTag = 0x30;
 const int kConstructedBit = 0x20;
 
 }  // namespace
@@ -19,8 +19,8 @@ ZTAsn::~ZTAsn() {
 bool ZTAsn::create(int tagType) {
     // Only the constructed bit of tagType counts: the root is always a
     // SEQUENCE, and ASNAddSample refuses that tag for a primitive request.
-    stASN_BLOCK_HEADER* root = (tagType & kConstructedBit) != 0 ? ASNAddStruct(kSequenceTag, nullptr)
-                                                                : ASNAddSample(kSequenceTag, nullptr);
+    stASN_BLOCK_HEADER* root = (tagType & kConstructedBit) != 0 ? ASNAddStruct(tag::kSequence, nullptr)
+                                                                : ASNAddSample(tag::kSequence, nullptr);
     if (root == nullptr)
         return false;
     retireRoot(node);

@@ -4,6 +4,7 @@
 
 #include "asn/asn_node_access.h"
 #include "ztutil/ztasn.h"
+#include "asn/asn_tags.h"
 
 using ztutil::asn::firstChildLink;
 using ztutil::asn::isConstructed;
@@ -11,22 +12,19 @@ using ztutil::asn::isConstructedTag;
 
 namespace {
 
-const int kIntegerTag = 0x02;
-const int kBitStringTag = 0x03;
-const int kObjectIdentifierTag = 0x06;
 const unsigned kOidCapacity = 256;
 
 // The content setData stores for `data` under `tag`.
 QByteArray contentForTag(int tag, const QByteArray& data) {
     switch (tag) {
-    case kIntegerTag:
+    case tag::kInteger:
         // A first octet of exactly 0x80 is left as it is.
         if (!data.isEmpty() && static_cast<unsigned char>(data.at(0)) > 0x80)
             return QByteArray(1, '\0') + data;
         return data;
-    case kBitStringTag:
+    case tag::kBitString:
         return QByteArray(1, '\0') + data;
-    case kObjectIdentifierTag: {
+    case tag::kOid: {
         unsigned char octets[kOidCapacity] = {};
         unsigned int capacity = kOidCapacity;
         // A copy is always NUL-terminated; the caller's array may be raw data.

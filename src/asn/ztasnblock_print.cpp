@@ -3,6 +3,7 @@
 
 #include "asn/asn_node_access.h"
 #include "ztutil/ztasn.h"
+#include "asn/asn_tags.h"
 
 using ztutil::asn::isConstructed;
 
@@ -10,10 +11,6 @@ namespace {
 
 const unsigned char kNullTag = 5;
 const unsigned char kUtf8StringTag = 12;
-const unsigned char kUtcTimeTag = 23;
-const unsigned char kSequenceTag = 0x30;
-const unsigned char kSetTag = 0x31;
-const unsigned char kContextSpecificZeroTag = 0xA0;
 
 // The type name of a whole tag octet, null when the tag has none.
 const char* typeName(unsigned char tag) {
@@ -52,8 +49,8 @@ const char* typeName(unsigned char tag) {
 
 // Names that are printed without a length.
 bool standsAlone(unsigned char tag) {
-    return tag == kNullTag || tag == kSequenceTag || tag == kSetTag ||
-           tag == kContextSpecificZeroTag;
+    return tag == kNullTag || tag == tag::kSequence || tag == tag::kSet ||
+           tag == tag::kContextZero;
 }
 
 }  // namespace
@@ -77,7 +74,7 @@ QString ZTAsnBlock::printData() {
     if (node != nullptr && !isConstructed(node)) {
         const auto* octets = reinterpret_cast<const char*>(node->data);
         const uint length = node->dataLength;
-        if (node->tag == kUtf8StringTag || node->tag == kUtcTimeTag) {
+        if (node->tag == kUtf8StringTag || node->tag == tag::kUtcTime) {
             // Up to the first zero octet, within the content.
             const int end = static_cast<int>(qstrnlen(octets, length));
             text += QString::fromLatin1(octets, end) + QLatin1Char(' ');

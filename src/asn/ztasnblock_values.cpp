@@ -7,16 +7,12 @@
 #include "asn/asn_node_access.h"
 #include "asn/bmp_text.h"
 #include "ztutil/ztasn.h"
+#include "asn/asn_tags.h"
 
 using ztutil::asn::isConstructed;
 
 namespace {
 
-const unsigned char kIntegerTag = 0x02;
-const unsigned char kBitStringTag = 0x03;
-const unsigned char kObjectIdentifierTag = 0x06;
-const unsigned char kUtcTimeTag = 23;
-const unsigned char kGeneralizedTimeTag = 24;
 const unsigned char kBmpStringTag = 30;
 const unsigned kOidNameCapacity = 100;
 const int kCertificateUtcOffset = -28800;  // certificate times are read at UTC-8
@@ -115,9 +111,9 @@ ZTAsnBlock::operator QString() {
     if (leaf == nullptr)
         return QString();
     switch (leaf->tag) {
-    case kObjectIdentifierTag:
+    case tag::kOid:
         return oidText(leaf);
-    case kBitStringTag:
+    case tag::kBitString:
         return QString::fromLatin1(bitStringPayload(leaf));
     case kBmpStringTag:
         // The UTF-8 octets are read as Latin-1, deliberately.
@@ -132,7 +128,7 @@ ZTAsnBlock::operator QByteArray() {
     if (leaf == nullptr)
         return QByteArray();
     switch (leaf->tag) {
-    case kBitStringTag:
+    case tag::kBitString:
         return bitStringPayload(leaf);
     case kBmpStringTag:
         return ztutil::asn::bmpToUtf8(leaf->data, leaf->dataLength);
@@ -143,7 +139,7 @@ ZTAsnBlock::operator QByteArray() {
 
 ZTAsnBlock::operator int() {
     const stASN_BLOCK_HEADER* leaf = primitiveNode(node);
-    if (leaf == nullptr || leaf->tag != kIntegerTag)
+    if (leaf == nullptr || leaf->tag != tag::kInteger)
         return 0;
     const unsigned char* octets = leaf->data;
     // Two and four octets are read least significant first, deliberately.
@@ -166,9 +162,9 @@ ZTAsnBlock::operator QDateTime() {
     qDebug("[ZTAsn::operator QDateTime]...");
     qDebug().noquote() << QStringLiteral("text: ") + text;
     switch (type()) {
-    case kUtcTimeTag:
+    case tag::kUtcTime:
         return fromUtcTimeText(text);
-    case kGeneralizedTimeTag:
+    case tag::kGeneralizedTime:
         return fromGeneralizedTimeText(text);
     default:
         return QDateTime();

@@ -6,10 +6,9 @@
 
 #include "ztutil/ztasn.h"
 #include "ztutil/ztverifytools.h"
+#include "asn/asn_tags.h"
 
 namespace {
-
-const int kTagSequence = 0x30;
 
 QString hexLower(const QByteArray& bytes) {
     return QString::fromLatin1(bytes.toHex());
@@ -43,7 +42,7 @@ bool ZTCertificate::open(QByteArray data) {
         qDebug() << "[ZTCertificate::open] asn->open fail!";
         return false;
     }
-    if (!asn_->checkTag(kTagSequence)) {
+    if (!asn_->checkTag(tag::kSequence)) {
         std::printf("[ZTCertificate::open] asn root type is not SEQUENCE\n");
         qDebug() << "[ZTCertificate::open] asn root type is not SEQUENCE!";
         asn_->close();

@@ -8,16 +8,9 @@
 #include "ztutil/component.h"
 #include "ztutil/ztasn.h"
 #include "ztutil/ztcertificate.h"
+#include "asn/asn_tags.h"
 
 namespace {
-
-const int kTagInteger = 0x02;
-const int kTagBitString = 0x03;
-const int kTagOctetString = 0x04;
-const int kTagOid = 0x06;
-const int kTagIa5String = 0x16;
-const int kTagGeneralizedTime = 0x18;
-const int kTagSequence = 0x30;
 
 const char kGmVersion = 0x02;
 const char kZwVersion = 0x04;
@@ -38,7 +31,7 @@ QByteArray borrowed(const unsigned char* bytes, int length) {
 // A document with a SEQUENCE root, or null.
 std::unique_ptr<ZTAsn> newSequenceDocument() {
     std::unique_ptr<ZTAsn> document(new ZTAsn(nullptr));
-    if (!document->create(kTagSequence))
+    if (!document->create(tag::kSequence))
         return nullptr;
     return document;
 }
@@ -76,18 +69,18 @@ QByteArray ZTCertificate::GetGMSignInfo(unsigned char*, int, unsigned char* pSea
     std::unique_ptr<ZTAsn> document = newSequenceDocument();
     if (!document)
         return result;
-    const bool complete = addPrimitive(document.get(), kTagInteger, QByteArray(1, kGmVersion)) &&
+    const bool complete = addPrimitive(document.get(), tag::kInteger, QByteArray(1, kGmVersion)) &&
                           document->addBlock(seal) &&
-                          addPrimitive(document.get(), kTagBitString, time) &&
-                          addPrimitive(document.get(), kTagBitString, digest) &&
-                          addPrimitive(document.get(), kTagIa5String,
+                          addPrimitive(document.get(), tag::kBitString, time) &&
+                          addPrimitive(document.get(), tag::kBitString, digest) &&
+                          addPrimitive(document.get(), tag::kIa5String,
                                        borrowed(pPropertyInfo, PropertyInfoLen)) &&
-                          addPrimitive(document.get(), kTagOctetString,
+                          addPrimitive(document.get(), tag::kOctetString,
                                        borrowed(pCertContext, iCertLen));
     if (!complete)
         return result;
     // Without the algorithm child the structure is still finished.
-    addPrimitive(document.get(), kTagOid, QByteArray(kSm2WithSm3Oid, sizeof kSm2WithSm3Oid - 1));
+    addPrimitive(document.get(), tag::kOid, QByteArray(kSm2WithSm3Oid, sizeof kSm2WithSm3Oid - 1));
     result = encode(document.get());
     return result;
 }
@@ -99,7 +92,7 @@ QByteArray ZTCertificate::GetGMV2ASNData(QByteArray qSealSignInfo, QByteArray qE
     if (!document)
         return result;
     document->addBlock(qSealSignInfo);
-    ZTAsnBlock* signature = document->addSample(kTagBitString);
+    ZTAsnBlock* signature = document->addSample(tag::kBitString);
     if (signature == nullptr || qEccSign.isEmpty())
         return result;
     signature->setData(CreateSM2DigalStruct(qEccSign));
@@ -121,11 +114,11 @@ QByteArray ZTCertificate::GetZWSignInfo(unsigned char*, int, unsigned char* pSea
     std::unique_ptr<ZTAsn> document = newSequenceDocument();
     if (!document)
         return result;
-    const bool complete = addPrimitive(document.get(), kTagInteger, QByteArray(1, kZwVersion)) &&
+    const bool complete = addPrimitive(document.get(), tag::kInteger, QByteArray(1, kZwVersion)) &&
                           document->addBlock(seal) &&
-                          addPrimitive(document.get(), kTagGeneralizedTime, time) &&
-                          addPrimitive(document.get(), kTagBitString, digest) &&
-                          addPrimitive(document.get(), kTagIa5String,
+                          addPrimitive(document.get(), tag::kGeneralizedTime, time) &&
+                          addPrimitive(document.get(), tag::kBitString, digest) &&
+                          addPrimitive(document.get(), tag::kIa5String,
                                        borrowed(pPropertyInfo, PropertyInfoLen));
     if (!complete)
         return result;
@@ -140,15 +133,15 @@ QByteArray ZTCertificate::GetZWASNData(QByteArray qSealSignInfo, QByteArray qCer
     if (!document)
         return result;
     document->addBlock(qSealSignInfo);
-    ZTAsnBlock* certificate = document->addSample(kTagOctetString);
+    ZTAsnBlock* certificate = document->addSample(tag::kOctetString);
     if (certificate == nullptr || qCert.isEmpty())
         return result;
     certificate->setData(qCert);
-    ZTAsnBlock* algorithm = document->addSample(kTagOid);
+    ZTAsnBlock* algorithm = document->addSample(tag::kOid);
     if (algorithm == nullptr)
         return result;
     algorithm->setData(qMethod.isEmpty() ? QByteArray(kSm2WithSm3OidText) : qMethod);
-    ZTAsnBlock* signature = document->addSample(kTagBitString);
+    ZTAsnBlock* signature = document->addSample(tag::kBitString);
     if (signature == nullptr || qEccSign.isEmpty())
         return result;
     signature->setData(CreateSM2DigalStruct(qEccSign));
@@ -176,7 +169,7 @@ QByteArray ZTCertificate::CreateSM2DigalStruct(QByteArray eccSign) {
     // r and s as they stand: INTEGER setData puts a 0x00 in front only when
     // the first octet is above 0x80, so a value starting with 0x80 stays
     // without it. A short input gives a short (or empty) s.
-    addPrimitive(document.get(), kTagInteger, eccSign.mid(0, kRawSignatureHalf));
-    addPrimitive(document.get(), kTagInteger, eccSign.mid(kRawSignatureHalf, kRawSignatureHalf));
+    addPrimitive(document.get(), tag::kInteger, eccSign.mid(0, kRawSignatureHalf));
+    addPrimitive(document.get(), tag::kInteger, eccSign.mid(kRawSignatureHalf, kRawSignatureHalf));
     return encode(document.get());
 }

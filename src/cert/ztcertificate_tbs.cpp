@@ -8,17 +8,9 @@
 
 #include "ztutil/ztasn.h"
 #include "ztutil/ztcertificate.h"
+#include "asn/asn_tags.h"
 
 namespace {
-
-const int kTagInteger = 0x02;
-const int kTagBitString = 0x03;
-const int kTagOid = 0x06;
-const int kTagUtcTime = 0x17;
-const int kTagGeneralizedTime = 0x18;
-const int kTagSequence = 0x30;
-const int kTagSet = 0x31;
-const int kTagExplicitVersion = 0xA0;
 
 const int kUtcTimeLength = 13;
 const int kGeneralizedTimeLength = 15;
@@ -36,7 +28,7 @@ void tbsFail(const char* what) {
 template <typename AttributeStep>
 bool walkName(ZTAsnBlock* name, AttributeStep step) {
     for (int i = 0; i < name->getChildCount(); ++i) {
-        ZTAsnBlock* rdn = name->getChild(i, kTagSet);
+        ZTAsnBlock* rdn = name->getChild(i, tag::kSet);
         if (rdn == nullptr) {
             tbsFail("relativeDistinguishedName fail");
             return false;
@@ -45,7 +37,7 @@ bool walkName(ZTAsnBlock* name, AttributeStep step) {
         qDebug() << "set count:" << valueCount;
         const int walked = valueCount < 2 ? 1 : valueCount;
         for (int j = 0; j < walked; ++j) {
-            ZTAsnBlock* attribute = rdn->getChild(j, kTagSequence);
+            ZTAsnBlock* attribute = rdn->getChild(j, tag::kSequence);
             if (attribute == nullptr) {
                 tbsFail("attributeTypeAndValue fail");
                 return false;
@@ -69,15 +61,15 @@ struct TimeLabels {
 bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
     if (root == nullptr)
         return false;
-    ZTAsnBlock* tbs = root->getChild(0, kTagSequence);
+    ZTAsnBlock* tbs = root->getChild(0, tag::kSequence);
     if (tbs == nullptr) {
         tbsFail("fail");
         return false;
     }
 
     int shift = 0;
-    if (ZTAsnBlock* explicitVersion = tbs->getChild(0, kTagExplicitVersion)) {
-        ZTAsnBlock* versionValue = explicitVersion->getChild(0, kTagInteger);
+    if (ZTAsnBlock* explicitVersion = tbs->getChild(0, tag::kContextZero)) {
+        ZTAsnBlock* versionValue = explicitVersion->getChild(0, tag::kInteger);
         if (versionValue == nullptr) {
             tbsFail("version2 fail");
             return false;
@@ -90,7 +82,7 @@ bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
         version_ = 0;
     }
 
-    ZTAsnBlock* serial = tbs->getChild(shift, kTagInteger);
+    ZTAsnBlock* serial = tbs->getChild(shift, tag::kInteger);
     if (serial == nullptr) {
         tbsFail("serialNumber fail");
         return false;
@@ -98,12 +90,12 @@ bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
     serialNumber_ = QString::fromLatin1(serial->toByteArray().toHex());
     qDebug() << "certSerialNumber:" << serialNumber_;
 
-    ZTAsnBlock* signature = tbs->getChild(shift + 1, kTagSequence);
+    ZTAsnBlock* signature = tbs->getChild(shift + 1, tag::kSequence);
     if (signature == nullptr) {
         tbsFail("signature fail");
         return false;
     }
-    ZTAsnBlock* signatureOid = signature->getChild(0, kTagOid);
+    ZTAsnBlock* signatureOid = signature->getChild(0, tag::kOid);
     if (signatureOid == nullptr) {
         tbsFail("signature2 fail");
         return false;
@@ -111,7 +103,7 @@ bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
     algName_ = signatureOid->toString();
     qDebug() << "signature:" << algName_;
 
-    ZTAsnBlock* issuer = tbs->getChild(shift + 2, kTagSequence);
+    ZTAsnBlock* issuer = tbs->getChild(shift + 2, tag::kSequence);
     if (issuer == nullptr) {
         tbsFail("issuer fail");
         return false;
@@ -120,7 +112,7 @@ bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
     if (!walkName(issuer, [this](ZTAsnBlock* attribute) { return parseTBSIssuer(attribute); }))
         return false;
 
-    ZTAsnBlock* validity = tbs->getChild(shift + 3, kTagSequence);
+    ZTAsnBlock* validity = tbs->getChild(shift + 3, tag::kSequence);
     if (validity == nullptr) {
         tbsFail("validity fail");
         return false;
@@ -136,10 +128,10 @@ bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
             tbsFail(labels.valueFail);
             return false;
         }
-        if (time->checkTag(kTagUtcTime) && text.length() == kUtcTimeLength) {
+        if (time->checkTag(tag::kUtcTime) && text.length() == kUtcTimeLength) {
             qDebug() << labels.utcLabel << text;
             *out = fromUTCTime(text);
-        } else if (time->checkTag(kTagGeneralizedTime) && text.length() == kGeneralizedTimeLength) {
+        } else if (time->checkTag(tag::kGeneralizedTime) && text.length() == kGeneralizedTimeLength) {
             qDebug() << labels.genLabel << text;
             *out = fromGeneralizedTime(text);
         } else {
@@ -157,7 +149,7 @@ bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
     qDebug() << "validity notBefore: " << notBefore_.toString();
     qDebug() << "validity notAfter: " << notAfter_.toString();
 
-    ZTAsnBlock* subject = tbs->getChild(shift + 4, kTagSequence);
+    ZTAsnBlock* subject = tbs->getChild(shift + 4, tag::kSequence);
     if (subject == nullptr) {
         tbsFail("subject fail");
         return false;
@@ -166,17 +158,17 @@ bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
     if (!walkName(subject, [this](ZTAsnBlock* attribute) { return parseTBSSubject(attribute); }))
         return false;
 
-    ZTAsnBlock* keyInfo = tbs->getChild(shift + 5, kTagSequence);
+    ZTAsnBlock* keyInfo = tbs->getChild(shift + 5, tag::kSequence);
     if (keyInfo == nullptr) {
         tbsFail("subjectPublicKeyInfo fail");
         return false;
     }
-    ZTAsnBlock* algorithm = keyInfo->getChild(0, kTagSequence);
+    ZTAsnBlock* algorithm = keyInfo->getChild(0, tag::kSequence);
     if (algorithm == nullptr) {
         tbsFail("subjectPublicKeyInfoAlgorithm fail");
         return false;
     }
-    ZTAsnBlock* algorithmOid = algorithm->getChild(0, kTagOid);
+    ZTAsnBlock* algorithmOid = algorithm->getChild(0, tag::kOid);
     if (algorithmOid == nullptr) {
         tbsFail("subjectPublicKeyInfoAlgorithmOID1 fail");
         return false;
@@ -184,12 +176,12 @@ bool ZTCertificate::parseTBSCertificate(ZTAsnBlock* root) {
     pubKeyAlgOID_ = algorithmOid->toString();
     qDebug() << "subjectPublicKeyAlgorithmOID1:" << pubKeyAlgOID_;
     // The curve of an EC key; an RSA key's NULL parameters leave the field as it was.
-    if (ZTAsnBlock* parameterOid = algorithm->getChild(1, kTagOid)) {
+    if (ZTAsnBlock* parameterOid = algorithm->getChild(1, tag::kOid)) {
         pubKeyAlgParamOID_ = parameterOid->toString();
         qDebug() << "subjectPublicKeyAlgorithmOID2:" << pubKeyAlgParamOID_;
     }
 
-    ZTAsnBlock* keyBits = keyInfo->getChild(1, kTagBitString);
+    ZTAsnBlock* keyBits = keyInfo->getChild(1, tag::kBitString);
     if (keyBits == nullptr) {
         tbsFail("subjectPublicKey fail");
         return false;
@@ -205,7 +197,7 @@ namespace {
 
 // The type and value of one attribute, or false with the debug line written.
 bool readAttribute(ZTAsnBlock* attribute, QString* typeText, QString* valueText) {
-    ZTAsnBlock* type = attribute->getChild(0, kTagOid);
+    ZTAsnBlock* type = attribute->getChild(0, tag::kOid);
     if (type == nullptr) {
         tbsFail("type fail");
         return false;

@@ -7,10 +7,10 @@
 #include "ztutil/ztasn.h"
 #include "ztutil/ztbase64.h"
 #include "ztutil/ztcertificate.h"
+#include "asn/asn_tags.h"
 
 namespace {
 
-const int kTagSequence = 0x30;
 const int kValidityParameter = 4;
 // Child 4 of the to-be-signed part is the validity only when the explicit
 // version field is present; other certificates yield their subject here.
@@ -25,8 +25,8 @@ QString ZTCertificate::GetCertParam(QByteArray qCert, int iParamID, int iParamSt
     std::unique_ptr<ZTAsn> document(new ZTAsn(nullptr));
     if (!document->open(qCert))
         return result;
-    if (iParamID == kValidityParameter && document->checkTag(kTagSequence)) {
-        ZTAsnBlock* tbs = document->getChild(0, kTagSequence);
+    if (iParamID == kValidityParameter && document->checkTag(tag::kSequence)) {
+        ZTAsnBlock* tbs = document->getChild(0, tag::kSequence);
         ZTAsnBlock* node = tbs != nullptr ? tbs->getChild(kValidityIndex, iParamStruct) : nullptr;
         if (node != nullptr) {
             const QString notBefore = GetValidityTime(node, 0);

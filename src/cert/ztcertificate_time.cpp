@@ -8,14 +8,13 @@
 
 #include "ztutil/ztasn.h"
 #include "ztutil/ztcertificate.h"
+#include "asn/asn_tags.h"
 
 namespace {
 
 const int kCertificateOffsetSeconds = -28800;
 const int kUtcTimeLength = 13;
 const int kGeneralizedTimeLength = 15;
-const int kTagUtcTime = 0x17;
-const int kTagGeneralizedTime = 0x18;
 
 // A decimal pair (or quadruple); anything that is not a number reads as 0.
 int digitsAt(const QString& text, int position, int count) {
@@ -65,9 +64,9 @@ QString ZTCertificate::GetValidityTime(ZTAsnBlock* validity, int which) {
     // and so never rejects anything: times without a "Z" are accepted here.
     if (text.right(0) == QLatin1String("Z"))
         return result;
-    if (time->checkTag(kTagUtcTime) && text.length() == kUtcTimeLength)
+    if (time->checkTag(tag::kUtcTime) && text.length() == kUtcTimeLength)
         return text.left(kUtcTimeLength - 1);
-    if (time->checkTag(kTagGeneralizedTime) && text.length() == kGeneralizedTimeLength)
+    if (time->checkTag(tag::kGeneralizedTime) && text.length() == kGeneralizedTimeLength)
         return text.left(kGeneralizedTimeLength - 1);
     return result;
 }

@@ -2,13 +2,12 @@
 #include "verify/sign_data_p1.h"
 
 #include "ztutil/ztasn.h"
+#include "asn/asn_tags.h"
 
 namespace {
 
 const int kShortForm = 64;
 const int kValueSize = 32;
-const int kTagSequence = 0x30;
-const int kTagInteger = 0x02;
 
 }  // namespace
 
@@ -16,10 +15,10 @@ QByteArray convSignDataToP1(QByteArray data) {
     if (data.size() != kShortForm)
         return data;
     ZTAsn document;
-    if (!document.create(kTagSequence))
+    if (!document.create(tag::kSequence))
         return QByteArray();
     for (int offset : {0, kValueSize}) {
-        ZTAsnBlock* integer = document.addSample(kTagInteger);
+        ZTAsnBlock* integer = document.addSample(tag::kInteger);
         if (integer == nullptr || !integer->setData(data.mid(offset, kValueSize)))
             return QByteArray();
     }

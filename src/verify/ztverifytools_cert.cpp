@@ -11,13 +11,10 @@
 #include "date/ZTDate.h"
 #include "ztutil/asn.h"
 #include "ztutil/ztverifytools.h"
+#include "asn/asn_tags.h"
 
 namespace {
 
-const unsigned char kTagSequence = 0x30;
-const unsigned char kTagBitString = 0x03;
-const unsigned char kTagUtcTime = 23;
-const unsigned char kTagGeneralizedTime = 24;
 const int kTbsIndex = 0;
 const int kValidityIndex = 4;
 const int kPublicKeyInfoIndex = 6;
@@ -29,7 +26,7 @@ struct TreeDelete {
 using Tree = std::unique_ptr<stASN_BLOCK_HEADER, TreeDelete>;
 
 bool isSequence(const stASN_BLOCK_HEADER* node) {
-    return node != nullptr && node->tag == kTagSequence;
+    return node != nullptr && node->tag == tag::kSequence;
 }
 
 // The child at `index` of the TBS part when certificate, TBS part and that
@@ -48,7 +45,7 @@ stASN_BLOCK_HEADER* tbsSequence(stASN_BLOCK_HEADER* root, int index) {
 // False for other tags, and for a text that does not make a valid date: such
 // a time is skipped like a time of another type.
 bool readTime(const stASN_BLOCK_HEADER* node, CZTDate* time) {
-    if (node == nullptr || (node->tag != kTagUtcTime && node->tag != kTagGeneralizedTime))
+    if (node == nullptr || (node->tag != tag::kUtcTime && node->tag != tag::kGeneralizedTime))
         return false;
     char text[kTimeTextCapacity + 1] = {0};
     if (node->data != nullptr)
@@ -91,7 +88,7 @@ int ZTVerifyTools::ZTGetPubKeyByCert(unsigned char* pbtCertData, unsigned int dw
     stASN_BLOCK_HEADER* keyInfo = tbsSequence(root.get(), kPublicKeyInfoIndex);
     stASN_BLOCK_HEADER* bits = keyInfo != nullptr ? ASNGetChild(keyInfo, 1) : nullptr;
     stASN_BIT_STRING key = {0, 0, nullptr};
-    if (bits != nullptr && bits->tag == kTagBitString && ASNGetBitStringData(bits, &key) == 1) {
+    if (bits != nullptr && bits->tag == tag::kBitString && ASNGetBitStringData(bits, &key) == 1) {
         *pdwPubKeySize = key.length;
         if (pbtPubKey != nullptr && key.length != 0)
             std::memcpy(pbtPubKey, key.data, key.length);

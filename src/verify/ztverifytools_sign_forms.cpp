@@ -4,6 +4,7 @@
 
 #include "ztutil/asn.h"
 #include "ztutil/ztverifytools.h"
+#include "asn/asn_tags.h"
 
 namespace {
 
@@ -12,8 +13,6 @@ const unsigned int kShortForm = 64;
 const unsigned int kWideForm = 128;
 const unsigned int kWideROffset = 32;
 const unsigned int kWideSOffset = 96;
-const unsigned char kTagSequence = 0x30;
-const unsigned char kTagInteger = 0x02;
 
 struct TreeDelete {
     void operator()(stASN_BLOCK_HEADER* root) const { ASNDeleteBlock(root); }
@@ -27,7 +26,7 @@ enum class SignPrefix {
 };
 
 bool addInteger(stASN_BLOCK_HEADER* sequence, const unsigned char* value, SignPrefix rule) {
-    stASN_BLOCK_HEADER* integer = ASNAddSample(kTagInteger, sequence);
+    stASN_BLOCK_HEADER* integer = ASNAddSample(tag::kInteger, sequence);
     if (integer == nullptr)
         return false;
     const bool prefixed = rule == SignPrefix::FromHighBit ? value[0] >= 0x80 : value[0] > 0x80;
@@ -38,7 +37,7 @@ bool addInteger(stASN_BLOCK_HEADER* sequence, const unsigned char* value, SignPr
 
 // SEQUENCE { INTEGER r, INTEGER s } of a 64-byte value, lengths computed.
 Tree buildSequence(const unsigned char* rs, SignPrefix rule) {
-    Tree root(ASNAddStruct(kTagSequence, nullptr));
+    Tree root(ASNAddStruct(tag::kSequence, nullptr));
     if (!root || !addInteger(root.get(), rs, rule) ||
         !addInteger(root.get(), rs + kValueSize, rule) || ASNUpdate(root.get()) != 1)
         return nullptr;
@@ -49,7 +48,7 @@ Tree buildSequence(const unsigned char* rs, SignPrefix rule) {
 // 33-byte content, else from the start. A shorter content is not
 // right-aligned; its bytes are copied and the rest stays zero.
 void takeValue(stASN_BLOCK_HEADER* integer, unsigned char* out) {
-    if (integer == nullptr || integer->tag != kTagInteger || integer->data == nullptr)
+    if (integer == nullptr || integer->tag != tag::kInteger || integer->data == nullptr)
         return;
     const unsigned int skip = integer->dataLength == kValueSize + 1 ? 1 : 0;
     const unsigned int available = integer->dataLength - skip;
@@ -99,7 +98,7 @@ int ZTVerifyTools::ZTSM2ConvertSignDataTo128(unsigned char* pbtInData, unsigned 
     }
     // Anything else is read as DER; what is not found stays zero.
     Tree root(ASNAddByData(nullptr, pbtInData, dwInDataLen));
-    if (root && root->tag == kTagSequence) {
+    if (root && root->tag == tag::kSequence) {
         takeValue(ASNGetChild(root.get(), 0), pbtOutData + kWideROffset);
         takeValue(ASNGetChild(root.get(), 1), pbtOutData + kWideSOffset);
     }
