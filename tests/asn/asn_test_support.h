@@ -2,17 +2,13 @@
 #ifndef ZTUTIL_TESTS_ASN_TEST_SUPPORT_H
 #define ZTUTIL_TESTS_ASN_TEST_SUPPORT_H
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
-#include <string>
 
-#include "support/bytes.h"
-#include "support/qt_printers.h"
+#include "support/common.h"
 #include "ztutil/asn.h"
 
 namespace asn_test {
@@ -39,7 +35,7 @@ inline QByteArray encode(stASN_BLOCK_HEADER* node) {
 }
 
 inline QByteArray content(const stASN_BLOCK_HEADER* node) {
-    return QByteArray(reinterpret_cast<const char*>(node->data), static_cast<int>(node->dataLength));
+    return QByteArray(reinterpret_cast<const char*>(node->data), int(node->dataLength));
 }
 
 inline int childCount(const stASN_BLOCK_HEADER* node) {
@@ -85,22 +81,12 @@ double bestSeconds(Work work) {
     return best;
 }
 
-// Sets TZ (and runs tzset) for the lifetime of the object, then restores it.
-class ScopedTimeZone {
-public:
-    explicit ScopedTimeZone(const char* zone) : hadValue_(std::getenv("TZ") != nullptr) {
-        saved_ = hadValue_ ? std::getenv("TZ") : "";
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ScopedTimeZone() {
-        hadValue_ ? setenv("TZ", saved_.c_str(), 1) : unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    bool hadValue_;
-    std::string saved_;
+// Sets TZ for the lifetime of the object, then restores it.
+struct ScopedTimeZone {
+    const bool hadValue = std::getenv("TZ") != nullptr;
+    const std::string saved = hadValue ? std::getenv("TZ") : "";
+    explicit ScopedTimeZone(const char* zone) { setenv("TZ", zone, 1), tzset(); }
+    ~ScopedTimeZone() { hadValue ? setenv("TZ", saved.c_str(), 1) : unsetenv("TZ"), tzset(); }
 };
 
 }  // namespace asn_test

@@ -2,8 +2,6 @@
 // OpenSSL as the reference where they apply.
 #include <openssl/objects.h>
 
-#include <cstring>
-
 #include "asn_test_support.h"
 
 using namespace asn_test;

@@ -1,6 +1,5 @@
 // The ZTAsn / ZTAsnBlock object model as a host uses it.
 #include "asn_test_support.h"
-#include "support/capture.h"
 #include "ztutil/ztasn.h"
 
 using namespace asn_test;

@@ -1,8 +1,6 @@
 // Certificate text forms and the validity parameter.
-#include <gtest/gtest.h>
-
 #include "cert/x509_oracle.h"
-#include "support/capture.h"
+#include "support/common.h"
 #include "ztutil/ztcertificate.h"
 
 using cert_test::fixture;

@@ -1,9 +1,7 @@
 // ZTCertificate reading certificates made by the openssl command
 // (tests/data/cert) and by OpenSSL here, with OpenSSL's reading as reference.
-#include <gtest/gtest.h>
-
 #include "cert/x509_oracle.h"
-#include "support/capture.h"
+#include "support/common.h"
 #include "ztutil/ztcertificate.h"
 
 using cert_test::CertificateRecipe;

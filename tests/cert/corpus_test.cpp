@@ -1,10 +1,7 @@
 // Every certificate of the system's CA bundle reads the same through this
 // library as through OpenSSL, up to the library's own rules.
-#include <gtest/gtest.h>
-
 #include "cert/x509_oracle.h"
-#include "support/bytes.h"
-#include "support/capture.h"
+#include "support/common.h"
 #include "ztutil/ztcertificate.h"
 
 namespace {

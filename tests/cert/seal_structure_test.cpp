@@ -1,12 +1,9 @@
 // The seal signature structures, written out octet by octet here and read
 // back by OpenSSL's generic DER parser.
-#include <gtest/gtest.h>
-
 #include <openssl/asn1.h>
 
 #include "cert/x509_oracle.h"
-#include "support/bytes.h"
-#include "support/qt_printers.h"
+#include "support/common.h"
 #include "ztutil/component.h"
 #include "ztutil/ztcertificate.h"
 

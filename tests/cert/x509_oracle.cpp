@@ -1,14 +1,11 @@
 #include "cert/x509_oracle.h"
 
-#include <gtest/gtest.h>
-#include <openssl/evp.h>
 #include <openssl/objects.h>
 #include <openssl/x509.h>
 
 #include <QDateTime>
 
-#include "support/bytes.h"
-#include "support/qt_printers.h"
+#include "support/common.h"
 #include "ztutil/ztcertificate.h"
 
 namespace cert_test {

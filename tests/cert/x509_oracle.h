@@ -3,11 +3,9 @@
 #ifndef ZTUTIL_TESTS_CERT_X509_ORACLE_H
 #define ZTUTIL_TESTS_CERT_X509_ORACLE_H
 
-#include <QByteArray>
-#include <QList>
 #include <QPair>
-#include <QString>
-#include <openssl/asn1.h>
+
+#include "support/common.h"
 
 class ZTCertificate;
 

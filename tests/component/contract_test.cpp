@@ -1,11 +1,9 @@
 // The host calls every component by name: the meta-object of each class is
 // the contract and must not drift.
-#include <gtest/gtest.h>
-
 #include <QMetaMethod>
 #include <QMetaObject>
-#include <vector>
 
+#include "support/common.h"
 #include "ztutil/ztasn.h"
 #include "ztutil/ztbase64.h"
 #include "ztutil/ztcertificate.h"

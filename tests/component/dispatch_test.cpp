@@ -1,11 +1,8 @@
 // Q_Dispatch calling a host object by method name, and createComponentObject
 // asking the host through the agent.
-#include <gtest/gtest.h>
-
 #include <QDateTime>
-#include <QStringList>
 
-#include "support/capture.h"
+#include "support/common.h"
 #include "ztutil/component.h"
 #include "ztutil/ztutil_global.h"
 

@@ -1,11 +1,9 @@
 // The exported C entry points: version query, component creation, the agent.
-#include <gtest/gtest.h>
-
 #include <QPointer>
-#include <cstring>
 #include <memory>
 
 #include "component/registry.h"
+#include "support/common.h"
 #include "ztutil/component.h"
 
 namespace {

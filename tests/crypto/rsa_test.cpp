@@ -1,11 +1,8 @@
 // SHA-1 / SM3 digests and the built-in RSA key pair.
-#include <gtest/gtest.h>
 #include <openssl/rsa.h>
 
-#include <string>
-
 #include "crypto/rsa_builtin_key.h"
-#include "support/bytes.h"
+#include "support/common.h"
 #include "ztutil/rsa.h"
 
 using namespace ztutil_test;

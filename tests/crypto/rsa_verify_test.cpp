@@ -1,14 +1,11 @@
 // RsaVerify against certificates and keys made with the openssl command
 // (tests/data/rsa), with signatures made here by OpenSSL.
-#include <gtest/gtest.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
 
 #include <algorithm>
-#include <string>
 
-#include "support/bytes.h"
-#include "support/capture.h"
+#include "support/common.h"
 #include "ztutil/rsa.h"
 #include "ztutil/ztverifytools.h"
 

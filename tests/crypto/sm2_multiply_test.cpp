@@ -1,12 +1,12 @@
 // The interleaved multiplication and the inversion-free x comparison behind
 // SM2Verify, against OpenSSL's own EC_POINT_mul.
-#include <gtest/gtest.h>
 #include <openssl/bn.h>
 #include <openssl/ec.h>
 
 #include "crypto/sm2_curve.h"
 #include "crypto/sm2_multiply.h"
 #include "crypto/sm2_point_x.h"
+#include "support/common.h"
 
 namespace {
 

@@ -1,17 +1,14 @@
 // SM2: the Z value and digest, and verification of signatures made by
 // OpenSSL 3 (SM2 with SM3 and the default user ID) in every DER form the
 // library's signers produce.
-#include <gtest/gtest.h>
 #include <openssl/bn.h>
 #include <openssl/ec.h>
 
 #include <atomic>
-#include <cstring>
-#include <string>
 #include <thread>
 
 #include "crypto/sm2_signature_der.h"
-#include "support/capture.h"
+#include "support/common.h"
 #include "support/sm2_signer.h"
 #include "ztutil/sm2.h"
 #include "ztutil/sm3.h"

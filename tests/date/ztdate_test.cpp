@@ -1,17 +1,13 @@
 // CZTDate: texts, calendar arithmetic against a month-by-month and
 // day-by-day stepping reference, and the contract checks that stop the process.
-#include <gtest/gtest.h>
-
 #include <QDate>
 #include <QDateTime>
 #include <ctime>
-#include <random>
 #include <stdexcept>
-#include <string>
 #include <tuple>
 
 #include "date/ZTDate.h"
-#include "support/capture.h"
+#include "support/common.h"
 
 namespace {
 

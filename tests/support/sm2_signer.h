@@ -5,7 +5,7 @@
 
 #include <openssl/evp.h>
 
-#include "support/bytes.h"
+#include "support/common.h"
 
 namespace ztutil_test {
 

@@ -1,15 +1,9 @@
 // The process-wide and the explicit-alphabet Base64 codecs, with Qt's
 // encoder (translated into the SM2 alphabet where needed) as the reference.
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdlib>
-#include <cstring>
-#include <random>
-#include <string>
 
-#include "support/capture.h"
-#include "support/qt_printers.h"
+#include "support/common.h"
 #include "ztutil/base64.h"
 #include "ztutil/ztbase64.h"
 

@@ -1,11 +1,6 @@
 // UTF-8, UTF-32 and GBK conversions, with glibc iconv as the reference and
 // the sequences beyond Unicode written out from RFC 2279.
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-#include <vector>
-
+#include "support/common.h"
 #include "text/iconv_oracle.h"
 #include "ztutil/code_convert.h"
 

@@ -1,13 +1,10 @@
 // The code-page lookups against their own tables, glibc iconv and glibc's
 // Unicode upper-case mapping.
-#include <gtest/gtest.h>
-
 #include <cwctype>
 #include <locale.h>
 #include <set>
-#include <string>
-#include <vector>
 
+#include "support/common.h"
 #include "text/iconv_oracle.h"
 #include "text/tables/codepage_tables_generated.h"
 #include "ztutil/code_convert.h"

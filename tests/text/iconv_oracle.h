@@ -6,7 +6,8 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
+
+#include "support/common.h"
 
 namespace ztutil_test {
 

@@ -1,10 +1,8 @@
 // ZTUtil: text conversions against Qt's codecs and glibc iconv, DumpHex, and
 // the methods that pass through to the digest and verification functions.
-#include <gtest/gtest.h>
-
 #include <QTextCodec>
 
-#include "support/capture.h"
+#include "support/common.h"
 #include "support/sm2_signer.h"
 #include "text/iconv_oracle.h"
 #include "ztutil/sm2.h"

@@ -1,8 +1,6 @@
 // Conversions between the 64-byte, 128-byte and DER forms of an SM2
 // signature value; expected encodings are written out byte by byte.
-#include <gtest/gtest.h>
-
-#include "support/bytes.h"
+#include "support/common.h"
 #include "verify/sign_data_p1.h"
 #include "ztutil/ztverifytools.h"
 

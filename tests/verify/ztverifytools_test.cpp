@@ -1,10 +1,8 @@
 // ZTVerifyTools: certificate validity and key, and SM2 signatures made by
 // OpenSSL verified through VerifySignatureValue in every form.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
-#include "support/capture.h"
+#include "support/common.h"
 #include "support/sm2_signer.h"
 #include "ztutil/ztverifytools.h"
 

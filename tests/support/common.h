@@ -1,18 +1,26 @@
-// Byte helpers shared by the tests: literals, random data, DER TLVs written
-// independently of the library, fixture files and OpenSSL digests.
-#ifndef ZTUTIL_TESTS_BYTES_H
-#define ZTUTIL_TESTS_BYTES_H
+// What the tests share: GoogleTest, output capture, readable Qt values, and
+// byte helpers (literals, random data, DER TLVs written independently of the
+// library, fixture files, OpenSSL digests and the system's CA bundle).
+#ifndef ZTUTIL_TESTS_COMMON_H
+#define ZTUTIL_TESTS_COMMON_H
 
-#include <QByteArray>
-#include <QFile>
-#include <QList>
+#include <gtest/gtest.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/x509.h>
 
+#include <QByteArray>
+#include <QFile>
+#include <QList>
+#include <cstring>
 #include <initializer_list>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
+
+#include "support/capture.h"
+#include "support/qt_printers.h"
 
 namespace ztutil_test {
 
