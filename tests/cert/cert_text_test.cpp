@@ -50,15 +50,6 @@ TEST(CertParam, OnlyTheValidityDigitsOfAVersionThreeCertificate) {
     EXPECT_TRUE(reader.GetCertParam(QByteArray("\x01\x02\x03", 3), 4, 0x30).isEmpty());
     // Child 4 of a version-1 certificate is its subject: no time texts there.
     EXPECT_TRUE(reader.GetCertParam(fixture("sm2_v1.der"), 4, 0x30).isEmpty());
-
-    QByteArray copy = der;
-    unsigned char key[80];
-    uint length = sizeof key;
-    EXPECT_TRUE(reader.ZTGetPubKeyByCert(reinterpret_cast<unsigned char*>(copy.data()), copy.size(), key, &length));
-    EXPECT_EQ(length, 65u);
-    ZTCertificate opened;
-    ASSERT_TRUE(opened.open(der));
-    EXPECT_EQ(QByteArray(reinterpret_cast<char*>(key) + 1, 64), opened.getPublicKeyData());
 }
 
 }  // namespace

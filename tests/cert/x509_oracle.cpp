@@ -70,16 +70,14 @@ QDateTime shiftedTime(const ASN1_TIME* time) {
         .addSecs(8 * 3600);
 }
 
+// The INTEGER's content octets (a leading 00 kept) in hex; serial numbers
+// are short enough for a one-octet length.
 QString serialHex(const ASN1_INTEGER* integer) {
     unsigned char* der = nullptr;
-    const int length = i2d_ASN1_INTEGER(const_cast<ASN1_INTEGER*>(integer), &der);
-    const unsigned char* cursor = der;
-    long contentLength = 0;
-    int tag = 0, objectClass = 0;
-    ASN1_get_object(&cursor, &contentLength, &tag, &objectClass, length);
-    const QByteArray value(reinterpret_cast<const char*>(cursor), static_cast<int>(contentLength));
+    const int length = i2d_ASN1_INTEGER(integer, &der);
+    const QByteArray content = QByteArray(reinterpret_cast<char*>(der), length).mid(2);
     OPENSSL_free(der);
-    return QString::fromLatin1(value.toHex());
+    return QString::fromLatin1(content.toHex());
 }
 
 }  // namespace

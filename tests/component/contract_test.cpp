@@ -1,5 +1,6 @@
 // The host calls every component by name: the meta-object of each class is
-// the contract and must not drift.
+// the contract and must not drift (exact signatures leave no room for a
+// misspelled type, and no method of ZTVerifyTools is reachable by name).
 #include <QMetaMethod>
 #include <QMetaObject>
 
@@ -109,8 +110,7 @@ void expectContract(const QMetaObject& meta, const char* className, const QMetaO
 TEST(HostContract, EveryComponentMetaObjectIsExactlyTheTable) {
     expectContract(ZTAsnBlock::staticMetaObject, "ZTAsnBlock", QObject::staticMetaObject, kAsnBlock);
     expectContract(ZTAsn::staticMetaObject, "ZTAsn", ZTAsnBlock::staticMetaObject, kAsn);
-    expectContract(ZTCertificate::staticMetaObject, "ZTCertificate", QObject::staticMetaObject,
-                   kCertificate);
+    expectContract(ZTCertificate::staticMetaObject, "ZTCertificate", QObject::staticMetaObject, kCertificate);
     expectContract(ZTBase64::staticMetaObject, "ZTBase64", QObject::staticMetaObject, kBase64);
     expectContract(ZTUtil::staticMetaObject, "ZTUtil", QObject::staticMetaObject, kUtil);
     expectContract(ZTVerifyTools::staticMetaObject, "ZTVerifyTools", QObject::staticMetaObject, {});
@@ -123,31 +123,6 @@ TEST(HostContract, DefaultArgumentEntriesAreClones) {
     EXPECT_TRUE(block.method(offset + 5).attributes() & QMetaMethod::Cloned);   // getChild(int)
     const QMetaObject& asn = ZTAsn::staticMetaObject;
     EXPECT_TRUE(asn.method(asn.methodOffset() + 1).attributes() & QMetaMethod::Cloned);  // create()
-}
-
-TEST(HostContract, CastsAnswerToTheClassNames) {
-    ZTAsn asn;
-    EXPECT_NE(asn.qt_metacast("ZTAsn"), nullptr);
-    EXPECT_NE(asn.qt_metacast("ZTAsnBlock"), nullptr);
-    EXPECT_TRUE(asn.inherits("ZTAsnBlock"));
-    ZTVerifyTools tools(nullptr);
-    EXPECT_NE(tools.qt_metacast("ZTVerifyTools"), nullptr);
-    EXPECT_EQ(tools.qt_metacast("ZTUtil"), nullptr);
-    // Nothing of ZTVerifyTools is reachable by name.
-    EXPECT_FALSE(QMetaObject::invokeMethod(&tools, "VerifySeal", Qt::DirectConnection));
-    EXPECT_EQ(tools.metaObject()->indexOfMethod("VerifySignatureValue(QByteArray,QByteArray,QByteArray,enAlgoIDType)"), -1);
-}
-
-TEST(HostContract, WronglySpelledTypesFindNothing) {
-    ZTUtil util;
-    const QMetaObject* meta = util.metaObject();
-    EXPECT_GE(meta->indexOfMethod("rsaDigest(BYTE*,uint,BYTE*,uint*)"), 0);
-    EXPECT_EQ(meta->indexOfMethod("rsaDigest(unsigned char*,uint,unsigned char*,uint*)"), -1);
-    EXPECT_EQ(meta->indexOfMethod("sm3_with_sm2(unsigned char*,int,unsigned char*,int,char*,int,unsigned char*)"), -1);
-    ZTCertificate certificate;
-    EXPECT_EQ(certificate.metaObject()->indexOfMethod(
-                  "ZTGetPubKeyByCert(unsigned char*,unsigned int,unsigned char*,unsigned int*)"),
-              -1);
 }
 
 }  // namespace
