@@ -171,7 +171,8 @@ TEST_F(RsaVerifyTest, RefusalsAndTheirMessages) {
     Bytes certificate = cert1024_, data = message_, signature = sha1Signature(key1024_);
     for (int missing = 0; missing < 6; ++missing) {
         StdoutCapture capture;
-        EXPECT_EQ(RsaVerify(missing == 0 ? nullptr : certificate.data(), missing == 1 ? 0 : unsigned(certificate.size()),
+        EXPECT_EQ(RsaVerify(missing == 0 ? nullptr : certificate.data(),
+                            missing == 1 ? 0 : unsigned(certificate.size()),
                             missing == 2 ? nullptr : data.data(), missing == 3 ? 0 : unsigned(data.size()),
                             missing == 4 ? nullptr : signature.data(), missing == 5 ? 0 : unsigned(signature.size())),
                   0);

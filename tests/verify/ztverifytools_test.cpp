@@ -166,7 +166,8 @@ TEST(ZTVerifyToolsTest, PublicKeyOfTheCertificate) {
     unsigned int length = 0;
     EXPECT_EQ(ZTVerifyTools::ZTGetPubKeyByCert(certificate.data(), unsigned(certificate.size()), nullptr, &length), 1);
     ASSERT_EQ(length, 65u);
-    EXPECT_EQ(ZTVerifyTools::ZTGetPubKeyByCert(certificate.data(), unsigned(certificate.size()), key.data(), &length), 1);
+    EXPECT_EQ(ZTVerifyTools::ZTGetPubKeyByCert(certificate.data(), unsigned(certificate.size()), key.data(), &length),
+              1);
     EXPECT_EQ(Bytes(key.begin(), key.begin() + 65), concat({{0x04}, signer.x(), signer.y()}));
 
     Bytes notCertificate = {0x30, 0x03, 0x02, 0x01, 0x05};
