@@ -1,32 +1,24 @@
-// Helpers shared by the ASN tests: hex literals, owned trees, generated DER.
+// Helpers shared by the ASN tests: owned trees, generated DER, time zones.
 #ifndef ZTUTIL_TESTS_ASN_TEST_SUPPORT_H
 #define ZTUTIL_TESTS_ASN_TEST_SUPPORT_H
 
-#include <QByteArray>
-#include <QFile>
-#include <QString>
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
-#include <string>
-#include <vector>
 
+#include "support/common.h"
 #include "ztutil/asn.h"
 
 namespace asn_test {
+
+using namespace ztutil_test;
 
 struct TreeDeleter {
     void operator()(stASN_BLOCK_HEADER* node) const { ASNDeleteBlock(node); }
 };
 using Tree = std::unique_ptr<stASN_BLOCK_HEADER, TreeDeleter>;
-
-inline QByteArray hex(const char* text) {
-    return QByteArray::fromHex(text);
-}
-
-inline const unsigned char* octets(const QByteArray& data) {
-    return reinterpret_cast<const unsigned char*>(data.constData());
-}
 
 inline Tree parse(const QByteArray& der) {
     return Tree(ASNAddByData(nullptr, octets(der), static_cast<size_t>(der.size())));
@@ -37,10 +29,13 @@ inline QByteArray encode(stASN_BLOCK_HEADER* node) {
     if (!ASNUpdate(node))
         return QByteArray("<update failed>");
     QByteArray out(static_cast<int>(ASNGetBlockLength(node)), '\0');
-    if (!ASNBuildData(node, reinterpret_cast<unsigned char*>(out.data()),
-                      static_cast<unsigned int>(out.size())))
+    if (!ASNBuildData(node, reinterpret_cast<unsigned char*>(out.data()), static_cast<unsigned>(out.size())))
         return QByteArray("<build failed>");
     return out;
+}
+
+inline QByteArray content(const stASN_BLOCK_HEADER* node) {
+    return QByteArray(reinterpret_cast<const char*>(node->data), int(node->dataLength));
 }
 
 inline int childCount(const stASN_BLOCK_HEADER* node) {
@@ -50,25 +45,9 @@ inline int childCount(const stASN_BLOCK_HEADER* node) {
     return count;
 }
 
-// Minimal DER length field, written independently of the engine.
-inline QByteArray derLength(qint64 length) {
-    if (length < 0x80)
-        return QByteArray(1, static_cast<char>(length));
-    QByteArray digits;
-    for (qint64 rest = length; rest != 0; rest >>= 8)
-        digits.prepend(static_cast<char>(rest & 0xFF));
-    return QByteArray(1, static_cast<char>(0x80 | digits.size())) + digits;
-}
-
-inline QByteArray tlv(unsigned char tag, const QByteArray& content) {
-    return QByteArray(1, static_cast<char>(tag)) + derLength(content.size()) + content;
-}
-
-// `depth` SEQUENCEs nested in one another, the innermost empty.
+// `depth` SEQUENCEs nested in one another, the innermost empty; the lengths
+// are computed up front so a million levels stay linear.
 inline QByteArray nestedSequences(int depth) {
-    // Built from the inside out with the lengths computed up front, so a
-    // million levels stay linear.
-    QByteArray headers;
     std::vector<qint64> sizes(static_cast<size_t>(depth));
     qint64 inner = 0;
     for (int level = depth - 1; level >= 0; --level) {
@@ -77,48 +56,37 @@ inline QByteArray nestedSequences(int depth) {
     }
     QByteArray out;
     out.reserve(static_cast<int>(inner));
-    for (int level = 0; level < depth; ++level)
-        out += '\x30' + derLength(sizes[static_cast<size_t>(level)]);
+    for (qint64 size : sizes)
+        out += '\x30' + derLength(size);
     return out;
 }
 
 // A SEQUENCE of `count` INTEGERs 02 01 xx.
 inline QByteArray wideSequence(int count) {
-    QByteArray content;
-    content.reserve(count * 3);
+    QByteArray items;
     for (int i = 0; i < count; ++i)
-        content += QByteArray("\x02\x01", 2) + static_cast<char>(i & 0x7F);
-    return tlv(0x30, content);
+        items += QByteArray("\x02\x01", 2) + static_cast<char>(i & 0x7F);
+    return tlv(0x30, items);
 }
 
-inline QByteArray fixture(const char* name) {
-    QFile file(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/") + QLatin1String(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+// Best of three runs of `work`, in seconds.
+template <typename Work>
+double bestSeconds(Work work) {
+    double best = 1e9;
+    for (int run = 0; run < 3; ++run) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    }
+    return best;
 }
 
-// Sets TZ (and runs tzset) for the lifetime of the object, then restores it.
-class ScopedTimeZone {
-public:
-    explicit ScopedTimeZone(const char* zone) {
-        const char* old = std::getenv("TZ");
-        hadValue_ = old != nullptr;
-        saved_ = hadValue_ ? old : "";
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ScopedTimeZone() {
-        if (hadValue_)
-            setenv("TZ", saved_.c_str(), 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-    ScopedTimeZone(const ScopedTimeZone&) = delete;
-    ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
-
-private:
-    bool hadValue_;
-    std::string saved_;
+// Sets TZ for the lifetime of the object, then restores it.
+struct ScopedTimeZone {
+    const bool hadValue = std::getenv("TZ") != nullptr;
+    const std::string saved = hadValue ? std::getenv("TZ") : "";
+    explicit ScopedTimeZone(const char* zone) { setenv("TZ", zone, 1), tzset(); }
+    ~ScopedTimeZone() { hadValue ? setenv("TZ", saved.c_str(), 1) : unsetenv("TZ"), tzset(); }
 };
 
 }  // namespace asn_test

@@ -1,41 +1,26 @@
 #include "support/capture.h"
 
-#include <QtGlobal>
-#include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace ztutil_test {
 
-StdoutCapture::StdoutCapture() {
+StdoutCapture::StdoutCapture() : savedFd_(dup(STDOUT_FILENO)), capture_(std::tmpfile()) {
     std::fflush(stdout);
-    char name[] = "/tmp/ztutil-stdout-XXXXXX";
-    captureFd_ = mkstemp(name);
-    path_ = name;
-    savedFd_ = dup(STDOUT_FILENO);
-    dup2(captureFd_, STDOUT_FILENO);
-}
-
-StdoutCapture::~StdoutCapture() {
-    text();
+    dup2(fileno(capture_), STDOUT_FILENO);
 }
 
 std::string StdoutCapture::text() {
-    if (done_)
+    if (capture_ == nullptr)
         return std::string();
-    done_ = true;
     std::fflush(stdout);
     dup2(savedFd_, STDOUT_FILENO);
     close(savedFd_);
     std::string captured;
-    lseek(captureFd_, 0, SEEK_SET);
-    char buffer[4096];
-    ssize_t n;
-    while ((n = read(captureFd_, buffer, sizeof buffer)) > 0)
-        captured.append(buffer, static_cast<size_t>(n));
-    close(captureFd_);
-    unlink(path_.c_str());
+    std::rewind(capture_);
+    for (int c; (c = std::fgetc(capture_)) != EOF;)
+        captured += static_cast<char>(c);
+    std::fclose(capture_);
+    capture_ = nullptr;
     return captured;
 }
 

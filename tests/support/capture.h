@@ -2,30 +2,27 @@
 #ifndef ZTUTIL_TESTS_CAPTURE_H
 #define ZTUTIL_TESTS_CAPTURE_H
 
-#include <QString>
 #include <QStringList>
+#include <cstdio>
 #include <string>
 
 #include "support/qt_printers.h"
 
 namespace ztutil_test {
 
-// Redirects file descriptor 1 while alive; text() returns what was written.
+// Redirects file descriptor 1 while alive; text() ends the capture and
+// returns what was written.
 class StdoutCapture {
 public:
     StdoutCapture();
-    ~StdoutCapture();
+    ~StdoutCapture() { text(); }
     StdoutCapture(const StdoutCapture&) = delete;
     StdoutCapture& operator=(const StdoutCapture&) = delete;
-
-    // Everything written so far (flushes stdout first). Ends the capture.
     std::string text();
 
 private:
     int savedFd_ = -1;
-    int captureFd_ = -1;
-    std::string path_;
-    bool done_ = false;
+    std::FILE* capture_ = nullptr;
 };
 
 // Collects the lines sent to qDebug/qWarning while alive.
@@ -35,7 +32,6 @@ public:
     ~DebugCapture();
     DebugCapture(const DebugCapture&) = delete;
     DebugCapture& operator=(const DebugCapture&) = delete;
-
     const QStringList& lines() const;
 };
 

@@ -9,19 +9,10 @@
 
 namespace ztutil_test {
 
-namespace {
-
-const char kUserId[] = "1234567812345678";
-
-}  // namespace
-
 Sm2Signer::Sm2Signer() : key_(EVP_PKEY_Q_keygen(nullptr, nullptr, "SM2")), record_(132, 0) {
     unsigned char point[65];
     size_t length = 0;
-    EXPECT_EQ(EVP_PKEY_get_octet_string_param(key_, OSSL_PKEY_PARAM_PUB_KEY, point, sizeof point,
-                                              &length),
-              1);
-    EXPECT_EQ(length, 65u);
+    EXPECT_EQ(EVP_PKEY_get_octet_string_param(key_, OSSL_PKEY_PARAM_PUB_KEY, point, sizeof point, &length), 1);
     x_.assign(point + 1, point + 33);
     y_.assign(point + 33, point + 65);
     const unsigned int bits = 256;
@@ -37,12 +28,11 @@ Sm2Signer::~Sm2Signer() {
 Bytes Sm2Signer::sign(const Bytes& message) const {
     EVP_MD_CTX* md = EVP_MD_CTX_new();
     EVP_PKEY_CTX* pctx = EVP_PKEY_CTX_new(key_, nullptr);
-    EXPECT_EQ(EVP_PKEY_CTX_set1_id(pctx, kUserId, 16), 1);
+    EXPECT_EQ(EVP_PKEY_CTX_set1_id(pctx, "1234567812345678", 16), 1);
     EVP_MD_CTX_set_pkey_ctx(md, pctx);
-    size_t length = 0;
-    EXPECT_EQ(EVP_DigestSignInit(md, nullptr, EVP_sm3(), nullptr, key_), 1);
-    EXPECT_EQ(EVP_DigestSign(md, nullptr, &length, message.data(), message.size()), 1);
+    size_t length = 72;
     Bytes signature(length);
+    EXPECT_EQ(EVP_DigestSignInit(md, nullptr, EVP_sm3(), nullptr, key_), 1);
     EXPECT_EQ(EVP_DigestSign(md, signature.data(), &length, message.data(), message.size()), 1);
     signature.resize(length);
     EVP_MD_CTX_free(md);
@@ -57,15 +47,14 @@ Bytes Sm2Signer::certificate(long notBeforeSeconds, long notAfterSeconds, long v
     X509_gmtime_adj(X509_getm_notBefore(certificate), notBeforeSeconds);
     X509_gmtime_adj(X509_getm_notAfter(certificate), notAfterSeconds);
     X509_NAME* name = X509_get_subject_name(certificate);
-    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
-                               reinterpret_cast<const unsigned char*>("ZTUtil test"), -1, -1, 0);
+    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("ZTUtil test"), -1,
+                               -1, 0);
     X509_set_issuer_name(certificate, name);
     X509_set_pubkey(certificate, key_);
     EXPECT_GT(X509_sign(certificate, key_, EVP_sm3()), 0);
     unsigned char* der = nullptr;
     const int length = i2d_X509(certificate, &der);
-    EXPECT_GT(length, 0);
-    Bytes out(der, der + (length > 0 ? length : 0));
+    Bytes out(der, der + std::max(length, 0));
     OPENSSL_free(der);
     X509_free(certificate);
     return out;
@@ -74,13 +63,11 @@ Bytes Sm2Signer::certificate(long notBeforeSeconds, long notAfterSeconds, long v
 void splitSignature(const Bytes& der, Bytes* r, Bytes* s) {
     const unsigned char* p = der.data();
     ECDSA_SIG* sig = d2i_ECDSA_SIG(nullptr, &p, static_cast<long>(der.size()));
-    EXPECT_NE(sig, nullptr);
+    ASSERT_NE(sig, nullptr);
     r->assign(32, 0);
     s->assign(32, 0);
-    if (sig != nullptr) {
-        BN_bn2binpad(ECDSA_SIG_get0_r(sig), r->data(), 32);
-        BN_bn2binpad(ECDSA_SIG_get0_s(sig), s->data(), 32);
-    }
+    BN_bn2binpad(ECDSA_SIG_get0_r(sig), r->data(), 32);
+    BN_bn2binpad(ECDSA_SIG_get0_s(sig), s->data(), 32);
     ECDSA_SIG_free(sig);
 }
 

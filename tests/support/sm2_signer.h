@@ -5,11 +5,9 @@
 
 #include <openssl/evp.h>
 
-#include <vector>
+#include "support/common.h"
 
 namespace ztutil_test {
-
-using Bytes = std::vector<unsigned char>;
 
 class Sm2Signer {
 public:
@@ -23,11 +21,10 @@ public:
     Bytes sign(const Bytes& message) const;
 
     // A self-signed certificate of the key (DER), valid from now +
-    // notBeforeSeconds to now + notAfterSeconds; `version` is 0 for a
-    // version-1 certificate (no version field) and 2 for version 3.
+    // notBeforeSeconds to now + notAfterSeconds; `version` 0 is version 1
+    // (no version field), 2 is version 3.
     Bytes certificate(long notBeforeSeconds, long notAfterSeconds, long version = 2) const;
 
-    EVP_PKEY* key() const { return key_; }
     const Bytes& x() const { return x_; }
     const Bytes& y() const { return y_; }
     // 132-byte record: bit length 256, x at 36, y at 100.

@@ -1,4 +1,4 @@
-// glibc iconv as the reference converter of the code-page tests.
+// glibc iconv as the reference converter of the text tests.
 #ifndef ZTUTIL_TESTS_TEXT_ICONV_ORACLE_H
 #define ZTUTIL_TESTS_TEXT_ICONV_ORACLE_H
 
@@ -6,7 +6,8 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
+
+#include "support/common.h"
 
 namespace ztutil_test {
 
@@ -17,9 +18,6 @@ public:
         if (valid())
             iconv_close(handle_);
     }
-    IconvOracle(const IconvOracle&) = delete;
-    IconvOracle& operator=(const IconvOracle&) = delete;
-
     bool valid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
 
     // The whole input converted, or nothing if iconv rejects any of it.
@@ -27,13 +25,11 @@ public:
         iconv(handle_, nullptr, nullptr, nullptr, nullptr);
         std::string output(input.size() * 4 + 16, '\0');
         char* in = const_cast<char*>(input.data());
-        size_t inLeft = input.size();
         char* out = &output[0];
-        size_t outLeft = output.size();
+        size_t inLeft = input.size(), outLeft = output.size();
         if (iconv(handle_, &in, &inLeft, &out, &outLeft) == static_cast<size_t>(-1) || inLeft != 0)
             return std::nullopt;
-        output.resize(output.size() - outLeft);
-        return output;
+        return output.substr(0, output.size() - outLeft);
     }
 
 private:
@@ -42,14 +38,11 @@ private:
 
 // The bytes of a 16-bit code-page code: one byte below 0x100, else two.
 inline std::string codeBytes(unsigned code) {
-    if (code < 0x100)
-        return std::string(1, static_cast<char>(code));
-    return std::string{static_cast<char>(code >> 8), static_cast<char>(code & 0xFF)};
+    return code < 0x100 ? std::string(1, char(code)) : std::string{char(code >> 8), char(code & 0xFF)};
 }
 
 inline std::string utf32le(std::uint32_t u) {
-    return std::string{static_cast<char>(u & 0xFF), static_cast<char>((u >> 8) & 0xFF),
-                       static_cast<char>((u >> 16) & 0xFF), static_cast<char>(u >> 24)};
+    return std::string{char(u & 0xFF), char((u >> 8) & 0xFF), char((u >> 16) & 0xFF), char(u >> 24)};
 }
 
 // A single code point from UTF-32LE text; nothing unless it is exactly one.
@@ -57,10 +50,10 @@ inline std::optional<std::uint32_t> singleUnit(const std::optional<std::string>&
     if (!text || text->size() != 4)
         return std::nullopt;
     const auto* b = reinterpret_cast<const unsigned char*>(text->data());
-    return b[0] | b[1] << 8 | b[2] << 16 | static_cast<std::uint32_t>(b[3]) << 24;
+    return b[0] | b[1] << 8 | b[2] << 16 | std::uint32_t(b[3]) << 24;
 }
 
-// A code-page code from its bytes; nothing unless one or two bytes.
+// A code-page code from one or two bytes; nothing otherwise.
 inline std::optional<unsigned> singleCode(const std::optional<std::string>& bytes) {
     if (!bytes || bytes->empty() || bytes->size() > 2)
         return std::nullopt;
