@@ -45,6 +45,20 @@ bool addPrimitive(ZTAsnBlock* parent, int tag, const QByteArray& content) {
     return true;
 }
 
+// The common start of both to-be-signed structures: nothing unless the seal,
+// digest and time are all present; otherwise a SEQUENCE holding the version
+// INTEGER and the seal element, or null when either cannot be added.
+std::unique_ptr<ZTAsn> startSignInfo(char version, const QByteArray& seal,
+                                     const QByteArray& digest, const QByteArray& time) {
+    if (seal.isEmpty() || digest.isEmpty() || time.isEmpty())
+        return nullptr;
+    std::unique_ptr<ZTAsn> document = newSequenceDocument();
+    if (!document || !addPrimitive(document.get(), tag::kInteger, QByteArray(1, version)) ||
+        !document->addBlock(seal))
+        return nullptr;
+    return document;
+}
+
 QByteArray encode(ZTAsn* document) {
     document->update();
     return document->build();
@@ -61,17 +75,13 @@ QByteArray ZTCertificate::GetGMSignInfo(unsigned char*, int, unsigned char* pSea
     // The version (always 2) and the algorithm (always SM2 with SM3) are fixed
     // by the format; the caller's values are ignored.
     QByteArray result;
-    const QByteArray seal = borrowed(pSealInfo, iSealInfoLen);
     const QByteArray digest = borrowed(pHashData, iHashLen);
     const QByteArray time = borrowed(pTimeInfo, iTimeInfoLen);
-    if (seal.isEmpty() || digest.isEmpty() || time.isEmpty())
-        return result;
-    std::unique_ptr<ZTAsn> document = newSequenceDocument();
+    std::unique_ptr<ZTAsn> document =
+        startSignInfo(kGmVersion, borrowed(pSealInfo, iSealInfoLen), digest, time);
     if (!document)
         return result;
-    const bool complete = addPrimitive(document.get(), tag::kInteger, QByteArray(1, kGmVersion)) &&
-                          document->addBlock(seal) &&
-                          addPrimitive(document.get(), tag::kBitString, time) &&
+    const bool complete = addPrimitive(document.get(), tag::kBitString, time) &&
                           addPrimitive(document.get(), tag::kBitString, digest) &&
                           addPrimitive(document.get(), tag::kIa5String,
                                        borrowed(pPropertyInfo, PropertyInfoLen)) &&
@@ -106,17 +116,13 @@ QByteArray ZTCertificate::GetZWSignInfo(unsigned char*, int, unsigned char* pSea
                                         unsigned char*, int, unsigned char* pTimeInfo,
                                         int iTimeInfoLen) {
     QByteArray result;
-    const QByteArray seal = borrowed(pSealInfo, iSealInfoLen);
     const QByteArray digest = borrowed(pHashData, iHashLen);
     const QByteArray time = borrowed(pTimeInfo, iTimeInfoLen);
-    if (seal.isEmpty() || digest.isEmpty() || time.isEmpty())
-        return result;
-    std::unique_ptr<ZTAsn> document = newSequenceDocument();
+    std::unique_ptr<ZTAsn> document =
+        startSignInfo(kZwVersion, borrowed(pSealInfo, iSealInfoLen), digest, time);
     if (!document)
         return result;
-    const bool complete = addPrimitive(document.get(), tag::kInteger, QByteArray(1, kZwVersion)) &&
-                          document->addBlock(seal) &&
-                          addPrimitive(document.get(), tag::kGeneralizedTime, time) &&
+    const bool complete = addPrimitive(document.get(), tag::kGeneralizedTime, time) &&
                           addPrimitive(document.get(), tag::kBitString, digest) &&
                           addPrimitive(document.get(), tag::kIa5String,
                                        borrowed(pPropertyInfo, PropertyInfoLen));
