@@ -3,15 +3,21 @@
 #   make test   build and run the whole test suite, plain and with sanitizers
 #   make bench  build and run the benchmarks
 #   make fuzz   build the fuzz targets with clang and run each for FUZZ_SECONDS
+#   make package  build the Debian packages into $(DEB_DIR)/packages
 
 JOBS        ?= $(shell nproc)
 BUILD_DIR   ?= build
 ASAN_DIR    ?= build-asan
 FUZZ_DIR    ?= build-fuzz
+DEB_DIR     ?= build-deb
 FUZZ_SECONDS ?= 60
 
+# dpkg-dev and file build the Debian packages (dpkg-shlibdeps,
+# dpkg-buildflags); lintian checks them and python3-pytest runs the tests of
+# the Python module, both in the test suite.
 PACKAGES := cmake make g++ pkg-config qtbase5-dev libssl-dev libgtest-dev \
-            libbenchmark-dev ca-certificates openssl
+            libbenchmark-dev ca-certificates openssl dpkg-dev file lintian \
+            python3 python3-pytest
 FUZZ_PACKAGES := clang libclang-rt-dev
 
 SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
@@ -27,7 +33,7 @@ define install_missing
 	fi
 endef
 
-.PHONY: deps build demo test test-plain test-asan bench fuzz clean
+.PHONY: deps build demo test test-plain test-asan bench fuzz package clean
 
 deps:
 	$(call install_missing,$(PACKAGES))
@@ -64,5 +70,9 @@ fuzz: deps
 	  $$f -max_total_time=$(FUZZ_SECONDS) $(FUZZ_DIR)/corpus/$$(basename $$f) fuzz/seeds || exit 1; \
 	done
 
+package: deps
+	cmake -DBUILD_DIR=$(DEB_DIR) -DJOBS=$(JOBS) -P cmake/build_packages.cmake
+	@ls $(DEB_DIR)/packages/*.deb
+
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(FUZZ_DIR)
+	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(FUZZ_DIR) $(DEB_DIR)

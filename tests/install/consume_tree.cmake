@@ -1,0 +1,44 @@
+# Builds and runs hosts against an installed tree (PREFIX, the library in
+# LIB_DIR): a Qt C++ host through find_package(ZTUtil) and through
+# pkg-config (with nothing but the flags pkg-config gives), and a C99 host
+# that sees only the installed headers and library.
+# Needs CONSUMER_DIR, C_HOST_SOURCE and a scratch folder WORK_DIR.
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "failed: ${ARGN}\n${out}\n${err}")
+  endif()
+  set(last_output "${out}" PARENT_SCOPE)
+endfunction()
+
+function(expect_output pattern route)
+  if(NOT last_output MATCHES "${pattern}")
+    message(FATAL_ERROR "consumer (${route}) printed: ${last_output}")
+  endif()
+endfunction()
+
+function(consume_tree prefix lib_dir)
+  set(ENV{LD_LIBRARY_PATH} ${lib_dir})
+
+  run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake-build -DCMAKE_PREFIX_PATH=${prefix})
+  run(${CMAKE_COMMAND} --build ${WORK_DIR}/cmake-build)
+  run(${WORK_DIR}/cmake-build/consumer)
+  expect_output("TWFu" "find_package")
+
+  set(ENV{PKG_CONFIG_PATH} ${lib_dir}/pkgconfig)
+  execute_process(COMMAND pkg-config --cflags --libs ztutil OUTPUT_VARIABLE flags RESULT_VARIABLE result
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "pkg-config does not know ztutil in ${lib_dir}/pkgconfig")
+  endif()
+  separate_arguments(flag_list UNIX_COMMAND "${flags}")
+  run(c++ -std=c++17 ${CONSUMER_DIR}/consumer.cpp ${flag_list} -o ${WORK_DIR}/consumer-pc)
+  run(${WORK_DIR}/consumer-pc)
+  expect_output("TWFu" "pkg-config")
+
+  run(cc -std=c99 -pedantic-errors -Wall -Wextra -Werror ${C_HOST_SOURCE} -I${prefix}/include
+      -L${lib_dir} -lZTUtil -o ${WORK_DIR}/c-host)
+  run(${WORK_DIR}/c-host)
+  expect_output("c host: all checks passed" "C")
+endfunction()
