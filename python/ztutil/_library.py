@@ -93,3 +93,14 @@ def as_bytes(value, name):
     if len(data) > INT_MAX:
         raise ValueError(f"{name} is longer than the library's limit of {INT_MAX} bytes")
     return data
+
+
+def take_result(pointer, release, function_name, size=-1):
+    """The bytes a library function returned at pointer (size bytes, or up
+    to the NUL), after which the buffer is released with release."""
+    if not pointer:
+        raise MemoryError(f"{function_name} returned nothing")
+    try:
+        return ctypes.string_at(pointer, size)
+    finally:
+        release(pointer)

@@ -9,7 +9,7 @@ raises ValueError. The DER the library writes keeps leading zero bytes of r
 and s, which strict DER readers such as OpenSSL's refuse."""
 import ctypes
 
-from ._library import as_bytes, library
+from ._library import as_bytes, library, take_result
 
 FORM_64 = "64"
 FORM_128 = "128"
@@ -25,6 +25,14 @@ def _der_integers(der):
     if r_end + 2 > len(der) or der[r_end] != 0x02 or r_end + 2 + der[r_end + 1] != len(der):
         return None
     return der[4:r_end], der[r_end + 2:]
+
+
+def _convert(function_name, signature, out_size):
+    """A conversion function of the library that fills a buffer of out_size."""
+    out = ctypes.create_string_buffer(out_size)
+    if getattr(library(), function_name)(signature, len(signature), out, out_size) != 1:
+        raise ValueError(f"{function_name} refused the signature")
+    return out.raw
 
 
 def signature_form(signature):
@@ -52,10 +60,7 @@ def signature_to_128(signature):
             if len(value) not in (32, 33):
                 raise ValueError(
                     f"the library converts 32- or 33-byte INTEGERs only, not {len(value)} bytes")
-    out = ctypes.create_string_buffer(128)
-    if library().ZTSM2ConvertSignDataTo128(signature, len(signature), out, 128) != 1:
-        raise ValueError("ZTSM2ConvertSignDataTo128 refused the signature")
-    return out.raw
+    return _convert("ZTSM2ConvertSignDataTo128", signature, 128)
 
 
 def signature_to_64(signature):
@@ -63,11 +68,7 @@ def signature_to_64(signature):
     signature = as_bytes(signature, "signature")
     if signature_form(signature) == FORM_64:
         return signature
-    wide = signature_to_128(signature)
-    out = ctypes.create_string_buffer(64)
-    if library().ZTSM2ConvertSignDataTo64(wide, 128, out, 64) != 1:
-        raise ValueError("ZTSM2ConvertSignDataTo64 refused the signature")
-    return out.raw
+    return _convert("ZTSM2ConvertSignDataTo64", signature_to_128(signature), 64)
 
 
 def signature_to_der(signature):
@@ -79,9 +80,4 @@ def signature_to_der(signature):
     lib = library()
     size = ctypes.c_uint(0)
     der = lib.ZTSM2SignData64ToASNData(narrow, 64, ctypes.byref(size))
-    if not der:
-        raise MemoryError("ZTSM2SignData64ToASNData returned nothing")
-    try:
-        return ctypes.string_at(der, size.value)
-    finally:
-        lib.delete_array(der)
+    return take_result(der, lib.delete_array, "ZTSM2SignData64ToASNData", size.value)

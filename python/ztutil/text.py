@@ -13,7 +13,7 @@ reader refuses those, so characters such as U+00A9 or U+00E9 cannot be
 converted)."""
 import ctypes
 
-from ._library import INT_MAX, as_bytes, library
+from ._library import INT_MAX, as_bytes, library, take_result
 
 ALPHABETS = ("standard", "sm2")
 
@@ -31,19 +31,14 @@ def b64encode(data, alphabet="standard"):
     table = _alphabet(alphabet)
     lib = library()
     text = lib.EnCodeBase64Ex(data, len(data), table)
-    if not text:
-        raise MemoryError("EnCodeBase64Ex returned nothing")
-    try:
-        return ctypes.string_at(text).decode("ascii")
-    finally:
-        lib.free(text)
+    return take_result(text, lib.free, "EnCodeBase64Ex").decode("ascii")
 
 
 def _check_base64(text, table):
     digits, pad = table[:64], table[64:65]
     body = text.rstrip(pad)
     if len(text) % 4 != 0 or len(text) - len(body) > 2:
-        raise ValueError(f"Base64 text must come in groups of 4 with at most 2 pad characters")
+        raise ValueError("Base64 text must come in groups of 4 with at most 2 pad characters")
     for offset, character in enumerate(body):
         if character not in digits:
             raise ValueError(f"{bytes([character])!r} at offset {offset} is not in the alphabet")
@@ -61,12 +56,7 @@ def b64decode(text, alphabet="standard"):
     lib = library()
     size = ctypes.c_int(0)
     decoded = lib.DeCodeBase64Ex(text + b"\0", len(text), table, ctypes.byref(size))
-    if not decoded:
-        raise MemoryError("DeCodeBase64Ex returned nothing")
-    try:
-        return ctypes.string_at(decoded, size.value)
-    finally:
-        lib.delete_array(decoded)
+    return take_result(decoded, lib.delete_array, "DeCodeBase64Ex", size.value)
 
 
 def _gbk_characters(data):
