@@ -1,7 +1,7 @@
 # Builds and runs hosts against an installed tree (PREFIX, the library in
 # LIB_DIR): a Qt C++ host through find_package(ZTUtil) and through
-# pkg-config (with nothing but the flags pkg-config gives), and a C99 host
-# that sees only the installed headers and library.
+# pkg-config (with nothing but the flags pkg-config gives), and a C99 host,
+# also built as C++, that sees only the installed headers and library.
 # Needs CONSUMER_DIR, C_HOST_SOURCE and a scratch folder WORK_DIR.
 
 function(run)
@@ -41,4 +41,11 @@ function(consume_tree prefix lib_dir)
       -L${lib_dir} -lZTUtil -o ${WORK_DIR}/c-host)
   run(${WORK_DIR}/c-host)
   expect_output("c host: all checks passed" "C")
+
+  # The same host as C++ without Qt on its include path: the plain headers
+  # (base64.h included) do not reach for Qt.
+  run(c++ -x c++ -std=c++17 -pedantic-errors -Wall -Wextra -Werror ${C_HOST_SOURCE}
+      -I${prefix}/include -x none -L${lib_dir} -lZTUtil -o ${WORK_DIR}/cxx-host)
+  run(${WORK_DIR}/cxx-host)
+  expect_output("c host: all checks passed" "C++ without Qt")
 endfunction()

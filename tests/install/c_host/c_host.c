@@ -1,8 +1,9 @@
-/* A C99 host linked against the installed library: it includes every
- * header of the plain function sets and checks each set against published
- * answers (SM3 and SM2 samples of GB/T 32905 and GM/T 0003.5, SHA-1 of
- * FIPS 180, RFC 4648 Base64, code page 936). Touching the records from C
- * (sm3_context, the DER node tree) checks that C sees the library's layout. */
+/* A C99 host (also built as C++ without Qt) linked against the installed
+ * library. It includes every header of the plain function sets and checks
+ * each set against published answers (SM3 and SM2 samples of GB/T 32905 and
+ * GM/T 0003.5, SHA-1 of FIPS 180, RFC 4648 Base64, code page 936). Touching
+ * the records from C (sm3_context, the DER node tree) checks that C sees the
+ * library's layout. */
 #include <ztutil/asn.h>
 #include <ztutil/base64.h>
 #include <ztutil/code_convert.h>
