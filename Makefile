@@ -4,6 +4,7 @@
 #               cross-built for 64-bit Arm under qemu (make test-arm64)
 #   make bench  build and run the benchmarks
 #   make fuzz   build the fuzz targets with clang and run each for FUZZ_SECONDS
+#   make package  build the Debian packages into $(DEB_DIR)/packages
 
 JOBS        ?= $(shell nproc)
 BUILD_DIR   ?= build
@@ -11,10 +12,15 @@ ASAN_DIR    ?= build-asan
 FUZZ_DIR    ?= build-fuzz
 ARM64_DIR   ?= build-arm64
 ARM64_SM2_DIFF_CASES ?= 200
+DEB_DIR     ?= build-deb
 FUZZ_SECONDS ?= 60
 
+# dpkg-dev and file build the Debian packages (dpkg-shlibdeps,
+# dpkg-buildflags); lintian checks them and python3-pytest runs the tests of
+# the Python module, both in the test suite.
 PACKAGES := cmake make g++ pkg-config qtbase5-dev libssl-dev libgtest-dev \
-            libbenchmark-dev ca-certificates openssl
+            libbenchmark-dev ca-certificates openssl dpkg-dev file lintian \
+            python3 python3-pytest
 FUZZ_PACKAGES := clang libclang-rt-dev
 # Cross build for arm64 (Debian multiarch): the cross compiler, moc of the
 # host's Qt tools, qemu-user to run the tests, the target's libraries.
@@ -37,7 +43,7 @@ define install_missing
 	fi
 endef
 
-.PHONY: deps build demo test test-plain test-asan test-arm64 bench fuzz clean
+.PHONY: deps build demo test test-plain test-asan test-arm64 bench fuzz package clean
 
 deps:
 	$(call install_missing,$(PACKAGES))
@@ -85,5 +91,9 @@ fuzz: deps
 	  $$f -max_total_time=$(FUZZ_SECONDS) $(FUZZ_DIR)/corpus/$$(basename $$f) fuzz/seeds || exit 1; \
 	done
 
+package: deps
+	cmake -DBUILD_DIR=$(DEB_DIR) -DJOBS=$(JOBS) -P cmake/build_packages.cmake
+	@ls $(DEB_DIR)/packages/*.deb
+
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(FUZZ_DIR) $(ARM64_DIR)
+	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(FUZZ_DIR) $(ARM64_DIR) $(DEB_DIR)
