@@ -23,63 +23,81 @@ namespace {
 const U256 kMontgomerySquare = {
     {0x0000000200000003ull, 0x00000002FFFFFFFFull, 0x0000000100000001ull, 0x0000000400000002ull}};
 
-// t = a * b, 512 bits, operand scanning. Each step's a_i * b_j + t + carry
-// fits 128 bits exactly: (2^64 - 1)^2 + 2 (2^64 - 1) = 2^128 - 1.
-void multiplyWide(u64 t[8], const U256& a, const U256& b) {
-    for (int k = 0; k < 8; ++k)
-        t[k] = 0;
-    for (int i = 0; i < 4; ++i) {
+// Low and high halves of a 64 x 64-bit product.
+inline u64 mulHalves(u64 a, u64 b, u64* high) {
+    const u128 product = static_cast<u128>(a) * b;
+    *high = static_cast<u64>(product >> 64);
+    return static_cast<u64>(product);
+}
+
+// row = a * b for one limb a: five limbs, the products' halves summed in
+// one carry chain (a * b < 2^320, so the top limb takes the last carry).
+inline void multiplyRow(u64 row[5], u64 a, const U256& b) {
+    u64 high[4];
+    u64 low[4];
+    for (int j = 0; j < 4; ++j)
+        low[j] = mulHalves(a, b.limb[j], &high[j]);
+    u64 carry = 0;
+    row[0] = low[0];
+    row[1] = addCarry(low[1], high[0], &carry);
+    row[2] = addCarry(low[2], high[1], &carry);
+    row[3] = addCarry(low[3], high[2], &carry);
+    row[4] = high[3] + carry;
+}
+
+// t = a * b, 512 bits: four rows, each added in with one carry chain.
+inline void multiplyWide(u64 t[8], const U256& a, const U256& b) {
+    multiplyRow(t, a.limb[0], b);
+    for (int i = 1; i < 4; ++i) {
+        u64 row[5];
+        multiplyRow(row, a.limb[i], b);
         u64 carry = 0;
-        for (int j = 0; j < 4; ++j) {
-            const u128 product = static_cast<u128>(a.limb[i]) * b.limb[j] + t[i + j] + carry;
-            t[i + j] = static_cast<u64>(product);
-            carry = static_cast<u64>(product >> 64);
-        }
-        t[i + 4] = carry;
+        for (int j = 0; j < 4; ++j)
+            t[i + j] = addCarry(t[i + j], row[j], &carry);
+        t[i + 4] = row[4] + carry;
     }
 }
 
-// t = a^2: the six cross products once, doubled by a shift, plus the four
-// squares on the diagonal.
-void squareWide(u64 t[8], const U256& a) {
+// t = a^2: the six cross products once, doubled, plus the four squares on
+// the diagonal.
+inline void squareWide(u64 t[8], const U256& a) {
     const u64* x = a.limb;
-    u128 product;
-    u64 carry;
-    // Cross products x_i x_j, i < j, into t[1..6].
-    product = static_cast<u128>(x[0]) * x[1];
-    t[1] = static_cast<u64>(product);
-    carry = static_cast<u64>(product >> 64);
-    product = static_cast<u128>(x[0]) * x[2] + carry;
-    t[2] = static_cast<u64>(product);
-    carry = static_cast<u64>(product >> 64);
-    product = static_cast<u128>(x[0]) * x[3] + carry;
-    t[3] = static_cast<u64>(product);
-    t[4] = static_cast<u64>(product >> 64);
-
-    product = static_cast<u128>(x[1]) * x[2] + t[3];
-    t[3] = static_cast<u64>(product);
-    carry = static_cast<u64>(product >> 64);
-    product = static_cast<u128>(x[1]) * x[3] + t[4] + carry;
-    t[4] = static_cast<u64>(product);
-    t[5] = static_cast<u64>(product >> 64);
-
-    product = static_cast<u128>(x[2]) * x[3] + t[5];
-    t[5] = static_cast<u64>(product);
-    t[6] = static_cast<u64>(product >> 64);
-
-    // Doubled.
-    t[7] = t[6] >> 63;
-    for (int k = 6; k > 1; --k)
-        t[k] = (t[k] << 1) | (t[k - 1] >> 63);
-    t[1] <<= 1;
-
-    // Plus the squares.
-    t[0] = 0;
+    u64 h01, h02, h03, h12, h13, h23;
+    const u64 l01 = mulHalves(x[0], x[1], &h01);
+    const u64 l02 = mulHalves(x[0], x[2], &h02);
+    const u64 l03 = mulHalves(x[0], x[3], &h03);
+    const u64 l12 = mulHalves(x[1], x[2], &h12);
+    const u64 l13 = mulHalves(x[1], x[3], &h13);
+    const u64 l23 = mulHalves(x[2], x[3], &h23);
+    // Cross products by column: t1..t6.
+    u64 carry = 0;
+    t[1] = l01;
+    t[2] = addCarry(l02, h01, &carry);
+    t[3] = addCarry(l03, h02, &carry);
+    t[4] = addCarry(h03, l13, &carry);
+    t[5] = addCarry(h13, l23, &carry);
+    t[6] = h23 + carry;
     carry = 0;
-    for (int i = 0; i < 4; ++i) {
-        const u128 square = static_cast<u128>(x[i]) * x[i];
-        t[2 * i] = addCarry(t[2 * i], static_cast<u64>(square), &carry);
-        t[2 * i + 1] = addCarry(t[2 * i + 1], static_cast<u64>(square >> 64), &carry);
+    t[3] = addCarry(t[3], l12, &carry);
+    t[4] = addCarry(t[4], h12, &carry);
+    t[5] = addCarry(t[5], 0, &carry);
+    t[6] = addCarry(t[6], 0, &carry);
+    // Doubled, the top bit going to t7.
+    carry = 0;
+    for (int k = 1; k < 7; ++k)
+        t[k] = addCarry(t[k], t[k], &carry);
+    t[7] = carry;
+    // Plus the squares.
+    u64 high[4];
+    u64 low[4];
+    for (int i = 0; i < 4; ++i)
+        low[i] = mulHalves(x[i], x[i], &high[i]);
+    carry = 0;
+    t[0] = low[0];
+    t[1] = addCarry(t[1], high[0], &carry);
+    for (int i = 1; i < 4; ++i) {
+        t[2 * i] = addCarry(t[2 * i], low[i], &carry);
+        t[2 * i + 1] = addCarry(t[2 * i + 1], high[i], &carry);
     }
 }
 
@@ -106,7 +124,7 @@ inline void reduceRound(u64 x[4]) {
 // t / 2^256 mod p for t < p^2 (Montgomery reduction), fully reduced. The
 // low half is reduced on its own and added to the high half: the sum is
 // below 2p, so one conditional subtraction finishes it.
-FieldElement reduceWide(const u64 t[8]) {
+inline FieldElement reduceWide(const u64 t[8]) {
     u64 low[4] = {t[0], t[1], t[2], t[3]};
     for (int round = 0; round < 4; ++round)
         reduceRound(low);

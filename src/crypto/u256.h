@@ -8,6 +8,16 @@
 #include <cstddef>
 #include <cstdint>
 
+// GCC 12 turns the portable carry chains below into flag round trips on
+// x86-64; its add-with-carry intrinsics give the plain ADC/SBB chains that
+// clang and GCC on 64-bit Arm derive from the portable code by themselves.
+#if defined(__x86_64__)
+#include <x86intrin.h>
+#define ZTUTIL_X86_CARRY 1
+#else
+#define ZTUTIL_X86_CARRY 0
+#endif
+
 namespace ztutil {
 namespace sm2 {
 
@@ -20,16 +30,28 @@ struct U256 {
 
 // a + b + carry; the carry out (0 or 1) replaces *carry.
 inline u64 addCarry(u64 a, u64 b, u64* carry) {
+#if ZTUTIL_X86_CARRY
+    unsigned long long sum;
+    *carry = _addcarry_u64(static_cast<unsigned char>(*carry), a, b, &sum);
+    return sum;
+#else
     const u128 sum = static_cast<u128>(a) + b + *carry;
     *carry = static_cast<u64>(sum >> 64);
     return static_cast<u64>(sum);
+#endif
 }
 
 // a - b - borrow; the borrow out (0 or 1) replaces *borrow.
 inline u64 subBorrow(u64 a, u64 b, u64* borrow) {
+#if ZTUTIL_X86_CARRY
+    unsigned long long difference;
+    *borrow = _subborrow_u64(static_cast<unsigned char>(*borrow), a, b, &difference);
+    return difference;
+#else
     const u128 difference = static_cast<u128>(a) - b - *borrow;
     *borrow = static_cast<u64>(difference >> 64) & 1;
     return static_cast<u64>(difference);
+#endif
 }
 
 // out = a + b; returns the carry out of the top limb.
@@ -65,13 +87,13 @@ inline bool equal256(const U256& a, const U256& b) {
 
 // out = a - m when a >= m or when `extra` (a bit above a's top limb) is
 // set, else a; for values below 2m this is the final step of a reduction.
+// Branch-free: m is subtracted and, when that was wrong, added back masked.
 inline void reduceOnce(U256* out, const U256& a, u64 extra, const U256& m) {
     U256 less;
     const u64 borrow = sub256(&less, a, m);
-    // Keep a only when the subtraction borrowed and there was no extra bit.
-    const u64 keep = (borrow & (extra ^ 1)) * ~u64(0);
-    for (int i = 0; i < 4; ++i)
-        out->limb[i] = (a.limb[i] & keep) | (less.limb[i] & ~keep);
+    const u64 mask = u64(0) - (borrow & (extra ^ 1));
+    const U256 back = {{m.limb[0] & mask, m.limb[1] & mask, m.limb[2] & mask, m.limb[3] & mask}};
+    add256(out, less, back);
 }
 
 // The 32 big-endian bytes of a number and back.
