@@ -122,7 +122,7 @@ TEST(Sm2ScalarTest, RangeAdditionAndRecodingMatchBignum) {
             Wnaf wnaf;
             wnafRecode(va, width, &wnaf);
             Bn sum, term;
-            int lastNonZero = -width;
+            int lastNonZero = wnaf.count - 1 + width;
             for (int i = wnaf.count - 1; i >= 0; --i) {
                 const int digit = wnaf.digit[i];
                 BN_set_word(term.bn, static_cast<BN_ULONG>(digit < 0 ? -digit : digit));
