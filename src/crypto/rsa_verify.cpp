@@ -68,7 +68,7 @@ KeyPtr publicKey(const BIGNUM* modulus, const BIGNUM* exponent) {
 // the modulus); the recovered length, or -1 as RSA_public_decrypt reports.
 int publicDecrypt(EVP_PKEY* key, const unsigned char* signature, unsigned int length,
                   std::vector<unsigned char>* out) {
-    KeyCtxPtr ctx(EVP_PKEY_CTX_new(key, nullptr));
+    KeyContextPtr ctx(EVP_PKEY_CTX_new(key, nullptr));
     size_t recovered = out->size();
     if (!ctx || EVP_PKEY_verify_recover_init(ctx.get()) != 1 ||
         EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) != 1 ||
@@ -92,7 +92,7 @@ long contentLength(const std::vector<unsigned char>& buffer) {
 
 bool sha1DigestInfoVerifies(EVP_PKEY* key, const unsigned char* digest,
                             const unsigned char* signature, unsigned int length) {
-    KeyCtxPtr ctx(EVP_PKEY_CTX_new(key, nullptr));
+    KeyContextPtr ctx(EVP_PKEY_CTX_new(key, nullptr));
     return ctx && EVP_PKEY_verify_init(ctx.get()) == 1 &&
            EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) == 1 &&
            EVP_PKEY_CTX_set_signature_md(ctx.get(), EVP_sha1()) == 1 &&
