@@ -8,9 +8,10 @@
 #include <cstddef>
 #include <cstdint>
 
-// GCC 12 turns the portable carry chains below into flag round trips on
-// x86-64; its add-with-carry intrinsics give the plain ADC/SBB chains that
-// clang and GCC on 64-bit Arm derive from the portable code by themselves.
+// GCC 12 turns the portable carry chains below into flag round trips
+// (SETC and re-add) on x86-64; its add-with-carry intrinsics there give
+// plain ADC/SBB chains. Other targets compile the portable form (GCC 12 for
+// 64-bit Arm makes ADDS/CSET of it, correct but not ADCS chains).
 #if defined(__x86_64__)
 #include <x86intrin.h>
 #define ZTUTIL_X86_CARRY 1
