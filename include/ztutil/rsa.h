@@ -6,7 +6,8 @@
 #include "ztutil_global.h"
 
 // Digest choice of ZTDigest: 0 is SM3 (32 bytes), anything else SHA-1 (20).
-enum enDigestType {
+// The fixed underlying type makes "anything else" any int value.
+enum enDigestType : int {
     DIGEST_SM3 = 0,
     DIGEST_SHA1 = 1
 };
