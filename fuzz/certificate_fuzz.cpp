@@ -32,6 +32,13 @@ QByteArray stringBytes(const ASN1_STRING* value) {
                       ASN1_STRING_length(value));
 }
 
+// A string value as the library's text conversion reads it: up to the first
+// zero byte.
+QByteArray textOf(const ASN1_STRING* value) {
+    const QByteArray bytes = stringBytes(value);
+    return bytes.left(static_cast<int>(qstrnlen(bytes.constData(), bytes.size())));
+}
+
 QByteArray oidContent(const ASN1_OBJECT* object) {
     return QByteArray(reinterpret_cast<const char*>(OBJ_get0_data(object)),
                       static_cast<int>(OBJ_length(object)));
@@ -54,7 +61,7 @@ QStringList fields(ZTCertificate& certificate) {
 // The certificate's validity texts as the library accepts them: a UTCTime
 // of 13 or a GeneralizedTime of 15 characters, ending in Z.
 bool isAcceptedTime(const ASN1_TIME* time) {
-    const QByteArray text = stringBytes(time);
+    const QByteArray text = textOf(time);
     const int length = ASN1_STRING_type(time) == V_ASN1_UTCTIME ? 13 : 15;
     return text.size() == length && text.endsWith('Z');
 }
@@ -83,7 +90,7 @@ bool valueText(const ASN1_STRING* value, QString* text) {
     case V_ASN1_UTF8STRING: case V_ASN1_PRINTABLESTRING: case V_ASN1_IA5STRING:
     case V_ASN1_T61STRING: case V_ASN1_NUMERICSTRING: case V_ASN1_VISIBLESTRING:
     case V_ASN1_UNIVERSALSTRING: case V_ASN1_GENERALSTRING:
-        *text = QString::fromLatin1(stringBytes(value));
+        *text = QString::fromLatin1(textOf(value));
         return true;
     default:
         return false;
@@ -157,7 +164,7 @@ bool hasExplicitVersion(const QByteArray& der) {
 
 // The digits GetCertParam reports for one validity time, or empty text.
 QString validityDigits(const ASN1_TIME* time) {
-    const QByteArray text = stringBytes(time);
+    const QByteArray text = textOf(time);
     if (ASN1_STRING_type(time) == V_ASN1_UTCTIME && text.size() == 13)
         return QString::fromLatin1(text.left(12));
     if (ASN1_STRING_type(time) == V_ASN1_GENERALIZEDTIME && text.size() == 15)

@@ -72,6 +72,8 @@ def asn_seeds(certs):
     seeds["values_edited"] = values + bytes([0, 2, 0]) + b"\x80\x01" + bytes([1, 0x31, 3]) + \
         field(tlv(6, b"\x2a\x03")) + bytes([2, 6, 2]) + field(b"1.2.156.10197.1.301")
     seeds["oid_text"] = b"1.2.840.113549.1.1.11"
+    # Arcs at the edges of 1 to 5 base-128 groups.
+    seeds["oid_text_arcs"] = b"2.39.127.128.16383.16384.2097152.268435455.268435456.4294967295"
     seeds["utc_text"] = b"491231235959Z"
     seeds["generalized_text"] = b"20491231235959Z"
     return seeds

@@ -30,7 +30,7 @@ bool iconvCodePoints(const QByteArray& utf8, Units* units) {
     static const iconv_t converter = iconv_open("WCHAR_T", "UTF-8");
     FUZZ_CHECK(converter != reinterpret_cast<iconv_t>(-1));
     iconv(converter, nullptr, nullptr, nullptr, nullptr);
-    units->assign(static_cast<size_t>(utf8.size()), 0);
+    units->assign(static_cast<size_t>(utf8.size()) + 1, 0);  // never empty: iconv needs a buffer
     char* in = const_cast<char*>(utf8.constData());
     size_t inLeft = static_cast<size_t>(utf8.size());
     char* out = reinterpret_cast<char*>(units->data());
