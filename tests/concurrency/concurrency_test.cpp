@@ -24,7 +24,7 @@
 namespace {
 
 const int kThreads = 8;
-const int kRounds = 3;
+const int kRounds = 12;
 
 QByteArray example(const char* name) {
     return ztutil_test::fixture(QStringLiteral("../../examples/") + QLatin1String(name));
