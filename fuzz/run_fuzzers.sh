@@ -31,6 +31,8 @@ esac
 # The library's deliberate leaks are not findings; undefined behaviour stops.
 export LSAN_OPTIONS="suppressions=$fuzz_dir/../tests/lsan.supp:print_suppressions=0"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+# Readable stacks also where llvm-symbolizer is not installed.
+export ASAN_OPTIONS="${ASAN_OPTIONS:-allow_addr2line=1}"
 mkdir -p "$build/artifacts" "$build/logs"
 
 # Input folders of a target that exist.
