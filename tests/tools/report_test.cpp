@@ -5,7 +5,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include "report.h"
+#include "output/report.h"
 #include "support/qt_printers.h"
 
 namespace {

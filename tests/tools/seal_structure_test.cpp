@@ -3,9 +3,9 @@
 
 #include <QFile>
 
-#include "cli.h"
-#include "seal_structure.h"
-#include "sm2_signature.h"
+#include "cli/cli.h"
+#include "readers/seal_structure.h"
+#include "services/sm2_signature.h"
 #include "support/qt_printers.h"
 
 namespace {
@@ -18,37 +18,43 @@ QByteArray example(const char* name) {
 
 // The examples were laid out by openssl from separate files, which serve as
 // the expected parts here.
+SealSignature parse(const QByteArray& der) {
+    return parseSealSignature(ByteView::of(der));
+}
+
 TEST(SealStructure, GmPartsAreTheBytesThatWentIn) {
-    const SealSignature seal = parseSealSignature(example("gm-seal.der"), QStringLiteral("gm"));
+    const QByteArray der = example("gm-seal.der");
+    const SealSignature seal = parse(der);
     EXPECT_EQ(seal.format, SealFormat::Gm);
-    EXPECT_EQ(seal.toBeSigned, example("gm-tbs.der"));
-    EXPECT_EQ(seal.signature, example("gm-tbs.sig"));
-    EXPECT_EQ(seal.certificate, example("sm2-cert.der"));
-    EXPECT_EQ(seal.seal, example("seal.der"));
-    EXPECT_EQ(seal.digest, example("document.sm3"));
-    EXPECT_EQ(seal.time, QByteArray("20240101120000Z"));
-    EXPECT_EQ(seal.property, QByteArray("zthost demo seal"));
+    EXPECT_EQ(seal.toBeSigned.toByteArray(), example("gm-tbs.der"));
+    EXPECT_EQ(seal.signature.toByteArray(), example("gm-tbs.sig"));
+    EXPECT_EQ(seal.certificate.toByteArray(), example("sm2-cert.der"));
+    EXPECT_EQ(seal.seal.toByteArray(), example("seal.der"));
+    EXPECT_EQ(seal.digest.toByteArray(), example("document.sm3"));
+    EXPECT_EQ(seal.time.toByteArray(), QByteArray("20240101120000Z"));
+    EXPECT_EQ(seal.property.toByteArray(), QByteArray("zthost demo seal"));
     EXPECT_EQ(seal.algorithm, QStringLiteral("1.2.156.10197.1.501"));
 }
 
 TEST(SealStructure, ZwCertificateAndAlgorithmSitOutside) {
-    const SealSignature seal = parseSealSignature(example("zw-seal.der"), QStringLiteral("zw"));
+    const QByteArray der = example("zw-seal.der");
+    const SealSignature seal = parse(der);
     EXPECT_EQ(seal.format, SealFormat::Zw);
-    EXPECT_EQ(seal.toBeSigned, example("zw-tbs.der"));
-    EXPECT_EQ(seal.signature, example("zw-tbs.sig"));
-    EXPECT_EQ(seal.certificate, example("sm2-cert.der"));
-    EXPECT_EQ(seal.time, QByteArray("20240101120000Z"));
+    EXPECT_EQ(seal.toBeSigned.toByteArray(), example("zw-tbs.der"));
+    EXPECT_EQ(seal.signature.toByteArray(), example("zw-tbs.sig"));
+    EXPECT_EQ(seal.certificate.toByteArray(), example("sm2-cert.der"));
+    EXPECT_EQ(seal.time.toByteArray(), QByteArray("20240101120000Z"));
 }
 
 TEST(SealStructure, EveryTruncationIsRefused) {
     const QByteArray whole = example("gm-seal.der");
     for (int length = 0; length < whole.size(); ++length)
-        EXPECT_THROW(parseSealSignature(whole.left(length), QStringLiteral("cut")), CommandFailure) << length;
+        EXPECT_THROW(parse(whole.left(length)), FormatError) << length;
 }
 
 TEST(SealStructure, RefusesOtherShapes) {
     const auto refuses = [](const char* hex) {
-        EXPECT_THROW(parseSealSignature(QByteArray::fromHex(hex), QStringLiteral("x")), CommandFailure) << hex;
+        EXPECT_THROW(parse(QByteArray::fromHex(hex)), FormatError) << hex;
     };
     refuses("3000");                                    // empty
     refuses("30053003020102");                          // GM version, too few elements
@@ -56,7 +62,7 @@ TEST(SealStructure, RefusesOtherShapes) {
     // A GM shape whose signature BIT STRING declares unused bits.
     QByteArray gm = example("gm-seal.der");
     gm[gm.size() - 72] = 0x01;  // the unused-bits octet of the final 72-byte BIT STRING
-    EXPECT_THROW(parseSealSignature(gm, QStringLiteral("gm")), CommandFailure);
+    EXPECT_THROW(parse(gm), FormatError);
 }
 
 TEST(SignatureForm, ByLengthAndStructure) {
