@@ -11,7 +11,7 @@ FUZZ_DIR    ?= build-fuzz
 FUZZ_SECONDS ?= 60
 
 PACKAGES := cmake make g++ pkg-config qtbase5-dev libssl-dev libgtest-dev \
-            libbenchmark-dev ca-certificates openssl
+            libbenchmark-dev libzip-dev ca-certificates openssl
 FUZZ_PACKAGES := clang libclang-rt-dev
 
 SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)

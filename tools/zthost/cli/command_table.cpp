@@ -11,12 +11,13 @@ extern const Command kSigCommand;
 extern const Command kB64Command;
 extern const Command kGbkCommand;
 extern const Command kSealCommand;
+extern const Command kOfdCommand;
 
 namespace {
 
 const Command* const kCommands[] = {
     &kDemoCommand, &kCertCommand, &kAsnCommand, &kSm3Command, &kHmacSm3Command, &kVerifyCommand,
-    &kValidityCommand, &kSigCommand, &kB64Command, &kGbkCommand, &kSealCommand, nullptr,
+    &kValidityCommand, &kSigCommand, &kB64Command, &kGbkCommand, &kSealCommand, &kOfdCommand, nullptr,
 };
 
 }  // namespace

@@ -1,66 +1,48 @@
-// zthost seal verify: a complete seal signature structure, taken apart and
-// verified with the library's own functions.
+// zthost seal verify: a seal signature structure of either layout, taken
+// apart and verified with the library's own functions, seal included.
 #include "cli/args.h"
-#include "services/certificate_input.h"
-#include "services/certificate_view.h"
 #include "cli/cli.h"
-#include "output/console.h"
-#include "host/host_session.h"
 #include "cli/input.h"
-#include "output/report.h"
-#include "readers/oid_names.h"
 #include "commands/seal_commands.h"
-#include "readers/seal_structure.h"
+#include "host/host_session.h"
+#include "output/console.h"
+#include "output/report.h"
+#include "readers/der_values.h"
+#include "readers/oid_names.h"
+#include "readers/ses_signature.h"
+#include "services/certificate_input.h"
 #include "services/signature_check.h"
-#include "services/sm3_digest.h"
+#include "verify/signature_verify.h"
 
 namespace {
 
 const char kUsage[] =
     "usage: zthost seal verify [--doc FILE] [--cert FILE] [--json] FILE\n"
     "\n"
-    "Reads a complete GM or government-affairs seal signature structure (as the\n"
-    "library builds them), takes out the to-be-signed bytes exactly as they stand\n"
-    "in FILE, the signer's certificate (GM: inside the to-be-signed part; ZW: in\n"
-    "the outer structure) and the signature value, and verifies the signature\n"
-    "with ZTVerifyTools::VerifySignatureValue (SM2 with SM3, user ID\n"
-    "1234567812345678). Prints every field and what was checked.\n"
-    "Exit status 0: the signature (and the document digest, with --doc)\n"
-    "verifies; 1: it does not, or FILE is no such structure.\n"
+    "Reads a complete seal signature: GB/T 38540 (v4: the signer certificate\n"
+    "and algorithm beside the to-be-signed part, optional extension data and\n"
+    "time stamp) or GM/T 0031 (v1: everything inside the to-be-signed part),\n"
+    "told by shape whatever the version number says; the library's GM and\n"
+    "government-affairs structures are of these two shapes. It verifies the\n"
+    "SM2 signature over the to-be-signed bytes exactly as they stand in FILE\n"
+    "(ZTVerifyTools::VerifySignatureValue, user ID 1234567812345678; r || s\n"
+    "or DER), the signer certificate's validity at the signing time, and the\n"
+    "seal inside: its maker's signature, its validity period and that it\n"
+    "lists the signer. Every check is reported.\n"
+    "Exit status 0: every check passed; 1: one did not, or FILE is no seal\n"
+    "signature.\n"
     "\n"
     "options:\n"
-    "  --doc FILE    also check that the signed digest is the SM3 of FILE\n"
+    "  --doc FILE    also check that the data hash is the SM3 of FILE\n"
     "  --cert FILE   verify against this certificate instead of the embedded one\n"
     "  --json        print the fields and results as JSON\n"
     "\n"
     "example:\n"
     "  zthost seal verify --doc examples/document.txt examples/gm-seal.der\n";
 
-QString printable(const QByteArray& bytes) {
-    return input::isText(bytes) ? QString::fromLatin1(bytes) : QString::fromLatin1(bytes.toHex());
-}
-
-QByteArray signerCertificate(HostSession& session, const Args& args, const SealSignature& seal,
-                             const QString& source) {
-    if (args.has("--cert"))
-        return readCertificate(session, args.value("--cert")).der;
-    if (seal.certificate.empty()) {
-        throw CommandFailure(kExitFailed,
-                             QStringLiteral("%1: the structure carries no certificate; give --cert").arg(source));
-    }
-    return seal.certificate.toByteArray();
-}
-
-void describeFields(Report& report, const SealSignature& seal) {
-    report.set("format", sealFormatName(seal.format));
-    report.set("version", seal.format == SealFormat::Gm ? 2 : 4);
-    report.set("seal_bytes", seal.seal.size());
-    report.set("time", printable(seal.time.toByteArray()));
-    report.set("digest", seal.digest.hex().toLower());
-    report.set("property", QString::fromLatin1(seal.property.toByteArray()));
-    report.set("algorithm", seal.algorithm);
-    report.set("algorithm_name", oidName(seal.algorithm));
-    report.set("to_be_signed_bytes", seal.toBeSigned.size());
+QString printable(const ByteView& bytes) {
+    const QByteArray raw = bytes.toByteArray();
+    return input::isText(raw) ? QString::fromLatin1(raw) : bytes.hex().toLower();
 }
 
 int runVerify(Context& context, const QStringList& arguments) {
@@ -69,48 +51,48 @@ int runVerify(Context& context, const QStringList& arguments) {
     const QString path = args.positionals().at(0);
     const QString source = input::displayName(path);
     const QByteArray bytes = input::readFile(path);
-    const SealSignature seal = readOrFail(source, [&] { return parseSealSignature(ByteView::of(bytes)); });
-    const QByteArray signature = seal.signature.toByteArray();
+    const SesSignature signature = readOrFail(source, [&] { return readSesSignature(ByteView::of(bytes)); });
     HostSession& session = context.session();
-    if (seal.algorithm != QLatin1String(oid::kSm2WithSm3)) {
-        throw CommandFailure(kExitFailed, QStringLiteral("%1: the algorithm %2 is not SM2 with SM3")
-                                              .arg(source, oidWithName(seal.algorithm)));
-    }
-    const SignatureForm form = detectSignatureForm(signature, source);
-    const QByteArray certificate = signerCertificate(session, args, seal, source);
-    const CertificateView signer(session, certificate, source + QStringLiteral(" (signer's certificate)"));
+    const QByteArray certificate = args.has("--cert") ? readCertificate(session, args.value("--cert")).der : QByteArray();
+    SignedBytes document;
+    if (args.has("--doc"))
+        document = SignedBytes{input::readFile(args.value("--doc")), input::displayName(args.value("--doc"))};
+    SignatureVerdict verdict;
+    verdict.type = QStringLiteral("Seal");
+    verifySesSignature(session, signature, args.has("--doc") ? &document : nullptr, certificate, &verdict);
 
     Report report = Report::object();
     report.set("file", path);
-    describeFields(report, seal);
-    report.set("certificate_source", args.has("--cert") ? args.value("--cert")
-                                     : seal.format == SealFormat::Gm ? QStringLiteral("to-be-signed part")
-                                                                     : QStringLiteral("signature structure"));
-    report.set("signer", signer.text("getSubjectDN"));
-    report.set("signer_valid_now", certificateValidNow(session.library(), certificate));
-    report.set("signature_form", signatureFormName(form));
-    report.set("signature_bytes", seal.signature.size());
-    if (form == SignatureForm::Der) {
-        const QString warning = shortIntegerWarning(signature);
-        if (!warning.isEmpty())
-            console::error(QStringLiteral("seal verify: warning: ") + warning);
-    }
-    bool valid = true;
-    if (args.has("--doc")) {
-        Sm3Stream stream(session.library());
-        feedFile(stream, args.value("--doc"));
-        const bool matches = stream.finish() == seal.digest.toByteArray();
-        report.set("document_digest_matches", matches);
-        valid = matches;
-    }
-    const bool signatureValid = verifySm2(session.library(), signature, form, certificate, seal.toBeSigned.toByteArray());
-    report.set("signature_valid", signatureValid);
-    valid = valid && signatureValid;
-    report.set("valid", valid);
+    report.set("format", verdict.format);
+    report.set("time", verdict.time);
+    report.set("data_hash", signature.dataHash.hex().toLower());
+    report.set("property", printable(signature.property));
+    report.set("algorithm", oidWithName(signature.algorithm));
+    report.set("certificate_source", args.has("--cert") ? args.value("--cert") : QStringLiteral("the structure"));
+    report.set("signer", verdict.signer);
+    report.set("signer_valid_now",
+               certificateValidNow(session.library(), certificate.isEmpty() ? signature.certificate.toByteArray() : certificate));
+    report.set("to_be_signed_bytes", signature.toBeSigned.size());
+    report.set("signature_bytes", signature.signature.size());
+    report.set("seal_name", verdict.sealName);
+    report.set("seal_id", verdict.sealId);
+    for (const Check& check : verdict.checks)
+        report.set(check.name.toLatin1().replace(' ', '_').constData(), !check.failed());
+    report.set("signature_valid", verdict.signatureValid());
+    report.set("seal_valid", verdict.scopeVerdict(CheckScope::Seal));
+    report.set("valid", verdict.valid());
+    Report problems = Report::array();
+    for (const QString& problem : verdict.problems())
+        problems.append(Report::text(problem));
+    report.set("problems", problems);
+    Report notes = Report::array();
+    for (const QString& note : verdict.notes)
+        notes.append(Report::text(note));
+    report.set("notes", notes);
     printReport(report, args.has("--json"));
-    if (!valid)
+    if (!verdict.valid())
         console::error(QStringLiteral("seal verify: %1 does not verify").arg(source));
-    return valid ? kExitOk : kExitFailed;
+    return verdict.valid() ? kExitOk : kExitFailed;
 }
 
 }  // namespace

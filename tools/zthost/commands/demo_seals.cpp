@@ -7,7 +7,7 @@
 #include "commands/demo.h"
 #include "host/host_session.h"
 #include "services/seal_builder.h"
-#include "readers/seal_structure.h"
+#include "readers/ses_signature.h"
 #include "services/signature_check.h"
 #include "services/sm3_digest.h"
 
@@ -55,7 +55,7 @@ void printTree(DemoRun& run, const QByteArray& der, const char* name) {
 }
 
 void verifyStructure(DemoRun& run, const QByteArray& der, const char* name) {
-    const SealSignature seal = readOrFail(QLatin1String(name), [&] { return parseSealSignature(ByteView::of(der)); });
+    const SesSignature seal = readOrFail(QLatin1String(name), [&] { return readSesSignature(ByteView::of(der)); });
     const QByteArray signature = seal.signature.toByteArray();
     const SignatureForm form = detectSignatureForm(signature, QLatin1String(name));
     run.check(verifySm2(run.session().library(), signature, form, seal.certificate.toByteArray(),

@@ -4,11 +4,13 @@
 
 #include <QStringList>
 
-#include "readers/seal_structure.h"
-
 class Context;
+
+// The library builds GM (GetGMSignInfo) or government-affairs (GetZWSignInfo) structures.
+enum class SealFormat { Gm, Zw };
 
 int runSealBuild(Context& context, SealFormat format, const QStringList& args);
 int runSealVerify(Context& context, const QStringList& args);
+int runSealShow(Context& context, const QStringList& args);
 
 #endif

@@ -24,6 +24,7 @@ const SymbolEntry kSymbols[] = {
     {Symbol::Sm2Table, "Base64", {"strSM2Table"}},
     {Symbol::Base64SetTableCode, "Base64", {"ZTBase64SetTableCode"}},
     {Symbol::Base64Decode, "Base64", {"ZTBase64Decode"}},
+    {Symbol::Sm3, "SM3", {"ztutil_sm3"}},
     {Symbol::Sm3Starts, "SM3", {"ztutil_sm3_starts"}},
     {Symbol::Sm3Update, "SM3", {"ztutil_sm3_update"}},
     {Symbol::Sm3Finish, "SM3", {"ztutil_sm3_finish"}},

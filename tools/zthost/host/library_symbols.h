@@ -34,6 +34,7 @@ using CreateComponentObject = QObject* (*)(QString, QString);
 using SetTableCode = char* (*)(char*);
 using Base64Decode = unsigned char* (*)(const char*, long*);
 // SM3.
+using Sm3 = void (*)(unsigned char*, int, unsigned char*);
 using Sm3Starts = void (*)(Sm3Context*);
 using Sm3Update = void (*)(Sm3Context*, unsigned char*, int);
 using Sm3Finish = void (*)(Sm3Context*, unsigned char*);
@@ -66,6 +67,7 @@ enum class Symbol {
     Sm2Table,
     Base64SetTableCode,
     Base64Decode,
+    Sm3,
     Sm3Starts,
     Sm3Update,
     Sm3Finish,

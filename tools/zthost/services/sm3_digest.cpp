@@ -41,9 +41,11 @@ QByteArray Sm3Stream::finish() {
 }
 
 QByteArray sm3Digest(const ZtLibrary& library, const QByteArray& data) {
-    Sm3Stream stream(library);
-    stream.update(data.constData(), data.size());
-    return stream.finish();
+    auto digest = requireSymbol<fn::Sm3>(library, Symbol::Sm3);
+    QByteArray input = data;
+    QByteArray output(kDigestSize, '\0');
+    digest(reinterpret_cast<unsigned char*>(input.data()), input.size(), reinterpret_cast<unsigned char*>(output.data()));
+    return output;
 }
 
 QByteArray sm3OfFile(const ZtLibrary& library, const QString& path) {

@@ -26,7 +26,7 @@ private:
     fn::Sm3Finish finish_ = nullptr;
 };
 
-// SM3 of `data`.
+// SM3 of `data` (ztutil_sm3).
 QByteArray sm3Digest(const ZtLibrary& library, const QByteArray& data);
 
 // SM3 of a named file through the library's own reader, ztutil_sm3_file.
