@@ -65,7 +65,7 @@ int runVerify(Context& context, const QStringList& arguments) {
     report.set("file", path);
     report.set("format", verdict.format);
     report.set("time", verdict.time);
-    report.set("data_hash", signature.dataHash.hex().toLower());
+    report.set("signed_digest", signature.dataHash.hex().toLower());
     report.set("property", printable(signature.property));
     report.set("algorithm", oidWithName(signature.algorithm));
     report.set("certificate_source", args.has("--cert") ? args.value("--cert") : QStringLiteral("the structure"));

@@ -6,10 +6,25 @@
 
 namespace {
 
+void appendEscape(QByteArray& out, ushort unit) {
+    char escaped[8];
+    std::snprintf(escaped, sizeof escaped, "\\u%04x", unit);
+    out += escaped;
+}
+
+// JSON text: UTF-8, with the escapes JSON requires. A surrogate pair is one
+// character (U+1F600 comes out as its four UTF-8 bytes); a lone surrogate,
+// which UTF-8 cannot carry, is written as a \u escape.
 void appendJsonString(QByteArray& out, const QString& text) {
     out += '"';
-    for (const QChar c : text) {
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
         const ushort code = c.unicode();
+        if (c.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
+            out += text.mid(i, 2).toUtf8();
+            ++i;
+            continue;
+        }
         switch (code) {
         case '"': out += "\\\""; break;
         case '\\': out += "\\\\"; break;
@@ -17,13 +32,10 @@ void appendJsonString(QByteArray& out, const QString& text) {
         case '\r': out += "\\r"; break;
         case '\t': out += "\\t"; break;
         default:
-            if (code < 0x20) {
-                char escaped[8];
-                std::snprintf(escaped, sizeof escaped, "\\u%04x", code);
-                out += escaped;
-            } else {
+            if (code < 0x20 || c.isSurrogate())
+                appendEscape(out, code);
+            else
                 out += QString(c).toUtf8();
-            }
         }
     }
     out += '"';

@@ -25,7 +25,7 @@ void checkDataHash(HostSession& session, const QByteArray& expected, const Signe
                    SignatureVerdict* verdict) {
     verdict->add(CheckScope::Signature, QStringLiteral("data hash"),
                  sm3Digest(session.library(), signedBytes.bytes) == expected,
-                 QStringLiteral("the signed data hash is not the SM3 of %1 (it was changed after signing)")
+                 QStringLiteral("the signed data hash is not the SM3 of %1 (changed after signing, or signed for another file)")
                      .arg(signedBytes.name));
 }
 
