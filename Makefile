@@ -1,18 +1,31 @@
 # Convenience wrapper around CMake. Every target installs what is missing first.
 #   make demo   build everything and run the zthost demo
-#   make test   build and run the whole test suite, plain and with sanitizers
+#   make test   build and run the whole test suite, plain, with sanitizers and
+#               cross-built for 64-bit Arm under qemu (make test-arm64)
 #   make bench  build and run the benchmarks
 #   make fuzz   build the fuzz targets with clang and run each for FUZZ_SECONDS
+#   make package  build the Debian packages into $(DEB_DIR)/packages
 
 JOBS        ?= $(shell nproc)
 BUILD_DIR   ?= build
 ASAN_DIR    ?= build-asan
 FUZZ_DIR    ?= build-fuzz
+ARM64_DIR   ?= build-arm64
+ARM64_SM2_DIFF_CASES ?= 200
+DEB_DIR     ?= build-deb
 FUZZ_SECONDS ?= 60
 
+# dpkg-dev and file build the Debian packages (dpkg-shlibdeps,
+# dpkg-buildflags); lintian checks them and python3-pytest runs the tests of
+# the Python module, both in the test suite.
 PACKAGES := cmake make g++ pkg-config qtbase5-dev libssl-dev libgtest-dev \
-            libbenchmark-dev libzip-dev ca-certificates openssl
+            libbenchmark-dev libzip-dev ca-certificates openssl dpkg-dev file lintian \
+            python3 python3-pytest
 FUZZ_PACKAGES := clang libclang-rt-dev
+# Cross build for arm64 (Debian multiarch): the cross compiler, moc of the
+# host's Qt tools, qemu-user to run the tests, the target's libraries.
+ARM64_PACKAGES := g++-aarch64-linux-gnu qtbase5-dev-tools qemu-user \
+                  qtbase5-dev:arm64 libssl-dev:arm64 libgtest-dev:arm64
 
 SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 
@@ -22,12 +35,15 @@ define install_missing
 	  done); \
 	if [ -n "$$missing" ]; then \
 	  echo "installing:" $$missing; \
+	  for arch in $$(printf '%s\n' $$missing | sed -n 's/^[^:]*:\(.*\)$$/\1/p' | sort -u); do \
+	    dpkg --print-foreign-architectures | grep -qx $$arch || $(SUDO) dpkg --add-architecture $$arch; \
+	  done; \
 	  $(SUDO) apt-get update && \
 	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y --no-install-recommends $$missing; \
 	fi
 endef
 
-.PHONY: deps build demo test test-plain test-asan bench fuzz clean
+.PHONY: deps build demo test test-plain test-asan test-arm64 bench fuzz package clean
 
 deps:
 	$(call install_missing,$(PACKAGES))
@@ -39,7 +55,7 @@ build: deps
 demo: build
 	$(BUILD_DIR)/bin/zthost demo
 
-test: test-plain test-asan
+test: test-plain test-asan test-arm64
 
 test-plain: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
@@ -49,6 +65,17 @@ test-asan: deps
 	  -DZTUTIL_BUILD_BENCH=OFF
 	cmake --build $(ASAN_DIR) -j $(JOBS)
 	ctest --test-dir $(ASAN_DIR) --output-on-failure -j $(JOBS)
+
+# Warnings are errors here; every test runs under qemu-user (SM3 once more on
+# a CPU model without the SM3 instructions), then the zthost demo.
+test-arm64: deps
+	$(call install_missing,$(ARM64_PACKAGES))
+	cmake -S . -B $(ARM64_DIR) --no-warn-unused-cli -DCMAKE_BUILD_TYPE=Release \
+	  -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/toolchain-aarch64-linux-gnu.cmake \
+	  -DCMAKE_CXX_FLAGS=-Werror -DZTUTIL_BUILD_BENCH=OFF -DZTUTIL_SM2_DIFF_CASES=$(ARM64_SM2_DIFF_CASES)
+	cmake --build $(ARM64_DIR) -j $(JOBS)
+	ctest --test-dir $(ARM64_DIR) --output-on-failure -j $(JOBS)
+	qemu-aarch64 $(ARM64_DIR)/bin/zthost demo
 
 bench: build
 	@for b in $(BUILD_DIR)/bin/bench_*; do echo "== $$b"; $$b; done
@@ -64,5 +91,9 @@ fuzz: deps
 	  $$f -max_total_time=$(FUZZ_SECONDS) $(FUZZ_DIR)/corpus/$$(basename $$f) fuzz/seeds || exit 1; \
 	done
 
+package: deps
+	cmake -DBUILD_DIR=$(DEB_DIR) -DJOBS=$(JOBS) -P cmake/build_packages.cmake
+	@ls $(DEB_DIR)/packages/*.deb
+
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(FUZZ_DIR)
+	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(FUZZ_DIR) $(ARM64_DIR) $(DEB_DIR)

@@ -2,7 +2,8 @@
 """Regenerates fuzz/seeds: a few CA certificates of Debian's ca-certificates
 converted to DER, the SM2 test certificate, and handmade DER covering every
 length form, the indefinite form, a bad child, deep and wide nesting, and
-time, OID, BIT STRING, BMPString and INTEGER leaves."""
+time, OID, BIT STRING, BMPString and INTEGER leaves; and pairs of 256-bit
+numbers around the SM2 prime p and order n with a wNAF width byte."""
 import os
 import re
 import shutil
@@ -10,6 +11,8 @@ import subprocess
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SEEDS = os.path.join(HERE, "seeds")
+SM2_P = 2**256 - 2**224 - 2**96 + 2**64 - 1
+SM2_N = 0xFFFFFFFEFFFFFFFFFFFFFFFFFFFFFFFF7203DF6B21C6052B53BBF40939D54123
 CERTS = ["ACCVRAIZ1", "Amazon_Root_CA_3", "Amazon_Root_CA_4", "Certainly_Root_E1",
          "GlobalSign_ECC_Root_CA_-_R4", "ISRG_Root_X1"]
 
@@ -51,6 +54,11 @@ def main():
                             tlv(0x18, b"20080101120000.5Z") + tlv(0x18, b"20080101120000") +
                             tlv(6, bytes.fromhex("2a864886f70d010901")) + tlv(3, bytes.fromhex("00abcd")) +
                             tlv(30, "Seal 印章".encode("utf-16-be")) + tlv(2, b"\x01\x00")))
+
+    number = lambda value: value.to_bytes(32, "big")
+    for name, a, b, width in [("p", SM2_P - 1, SM2_P + 1, 3), ("n", SM2_N - 1, SM2_N - 2, 6),
+                              ("top", 2**256 - 1, 2**256 - 1, 0), ("small", 1, 0, 4)]:
+        write(f"sm2_arith_{name}.bin", number(a) + number(b) + bytes([width]))
 
 
 if __name__ == "__main__":

@@ -19,13 +19,15 @@
 #ifndef ZTUTIL_ASN_H
 #define ZTUTIL_ASN_H
 
-#include <cstddef>
+#include <stddef.h>
 
 #include "ztutil_global.h"
 
 #define ZT_ASN_MAX_NESTING_DEPTH 128
 
-struct stASN_BLOCK_HEADER;
+typedef struct stASN_BLOCK_HEADER stASN_BLOCK_HEADER;
+typedef struct stASN_CHILD_LINK stASN_CHILD_LINK;
+typedef struct stASN_BIT_STRING stASN_BIT_STRING;
 
 // One cell of a constructed node's child list, in document order.
 struct stASN_CHILD_LINK {
@@ -39,7 +41,7 @@ struct stASN_BLOCK_HEADER {
     unsigned char lenBytes[5];   // the length field as ASNBuildData writes it
     unsigned char lenByteCount;  // valid octets of lenBytes (1-5); 0 until ASNUpdate
     unsigned int blockLength;    // tag + length octets + content; 0 until ASNUpdate
-    union {
+    ZTUTIL_EXTENSION union {
         struct {  // primitive (tag without 0x20)
             unsigned char* data;      // heap copy of the content, null when empty
             unsigned int dataLength;  // content octets

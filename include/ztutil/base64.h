@@ -1,7 +1,8 @@
 // Base64 in two families.
 //
-// The process-wide codec (ZTBase64Encode / ZTBase64Decode / ZTBase64EncodeEx)
-// uses the alphabet chosen with ZTBase64SetTableCode and is strict on input.
+// The process-wide codec (ZTBase64Encode / ZTBase64Decode, and
+// ZTBase64EncodeEx in base64_qt.h) uses the alphabet chosen with
+// ZTBase64SetTableCode and is strict on input.
 // The explicit-alphabet codec (EnCodeBase64Ex / DeCodeBase64Ex) takes the
 // alphabet on every call and reads anything it does not know as padding.
 //
@@ -9,9 +10,6 @@
 // padding character. No character, "=" included, is special otherwise.
 #ifndef ZTUTIL_BASE64_H
 #define ZTUTIL_BASE64_H
-
-#include <QByteArray>
-#include <QString>
 
 #include "ztutil_global.h"
 
@@ -34,9 +32,6 @@ ZTUTIL_C_API char* ZTBase64Encode(unsigned char* pbtdata, unsigned long len);
 // `len` is given; null on failure.
 ZTUTIL_C_API unsigned char* ZTBase64Decode(const char* pszBase64Code, long* len);
 
-// ZTBase64Encode of the array as a QString; an empty array gives a null string.
-ZTUTIL_C_API QString ZTBase64EncodeEx(QByteArray data);
-
 // Encodes with `TableBase64`. Returns a calloc'ed text (free()); an empty
 // text for ValueLen <= 0; null when lpValue or the table is null.
 ZTUTIL_C_API char* EnCodeBase64Ex(unsigned char* lpValue, int ValueLen, char* TableBase64);
@@ -48,5 +43,13 @@ ZTUTIL_C_API char* EnCodeBase64Ex(unsigned char* lpValue, int ValueLen, char* Ta
 // lpValue or the table is null.
 ZTUTIL_C_API unsigned char* DeCodeBase64Ex(unsigned char* lpValue, int ValueLen,
                                            char* TableBase64, int* outlen);
+
+// C++ hosts that can reach QtCore's headers also get the Qt-typed member of
+// the family, as this header always gave them; C and non-Qt hosts get no Qt.
+#if defined(__cplusplus) && defined(__has_include)
+#if __has_include(<QByteArray>)
+#include "base64_qt.h"
+#endif
+#endif
 
 #endif

@@ -6,10 +6,17 @@
 #include "ztutil_global.h"
 
 // Digest choice of ZTDigest: 0 is SM3 (32 bytes), anything else SHA-1 (20).
+#ifdef __cplusplus
+enum enDigestType : int {
+#else
 enum enDigestType {
+#endif
     DIGEST_SM3 = 0,
     DIGEST_SHA1 = 1
 };
+#ifndef __cplusplus
+typedef enum enDigestType enDigestType;
+#endif
 
 // Checks an RSA PKCS#1 v1.5 signature made with SHA-1 over the data against
 // the key of a DER certificate (1024- or 2048-bit keys; the public exponent

@@ -14,8 +14,8 @@
 
 // One record serves plain hashing and HMAC. The caller owns it.
 typedef struct {
-    std::uint32_t total[2];     // bytes absorbed: [0] low 32 bits, [1] carries
-    std::uint32_t state[8];     // chaining value A..H
+    uint32_t total[2];          // bytes absorbed: [0] low 32 bits, [1] carries
+    uint32_t state[8];          // chaining value A..H
     unsigned char buffer[64];   // input not yet compressed
     unsigned char ipad[64];     // HMAC inner padded key (key XOR 0x36)
     unsigned char opad[64];     // HMAC outer padded key (key XOR 0x5C)

@@ -2,16 +2,18 @@
 #include "crypto/rsa_builtin_key.h"
 
 #include <openssl/core_names.h>
-#include <openssl/param_build.h>
 
 #include <cstring>
+
+#include "crypto/openssl_ptr.h"
 
 namespace {
 
 const int kSampleCiphertextSize = 128;
 
-// All eight key values as parameters; false when one cannot be added.
-bool addKeyValues(OSSL_PARAM_BLD* build, BIGNUM* numbers[8]) {
+// All eight key values as parameters of `build`; false when one cannot be
+// added. The numbers must outlive the parameters made from the builder.
+bool addKeyValues(OSSL_PARAM_BLD* build, ztutil::openssl::BignumPtr numbers[8]) {
     using namespace ztutil::rsa;
     struct Value {
         const char* name;
@@ -28,32 +30,19 @@ bool addKeyValues(OSSL_PARAM_BLD* build, BIGNUM* numbers[8]) {
         {OSSL_PKEY_PARAM_RSA_COEFFICIENT1, kCoefficient, sizeof kCoefficient},
     };
     for (int i = 0; i < 8; ++i) {
-        numbers[i] = BN_bin2bn(values[i].bytes, values[i].size, nullptr);
-        if (numbers[i] == nullptr || OSSL_PARAM_BLD_push_BN(build, values[i].name, numbers[i]) != 1)
+        numbers[i].reset(BN_bin2bn(values[i].bytes, values[i].size, nullptr));
+        if (!numbers[i] || OSSL_PARAM_BLD_push_BN(build, values[i].name, numbers[i].get()) != 1)
             return false;
     }
     return true;
 }
 
 EVP_PKEY* loadKeyPair() {
-    OSSL_PARAM_BLD* build = OSSL_PARAM_BLD_new();
-    BIGNUM* numbers[8] = {};
-    OSSL_PARAM* params = nullptr;
-    EVP_PKEY_CTX* ctx = nullptr;
-    EVP_PKEY* key = nullptr;
-    if (build != nullptr && addKeyValues(build, numbers) &&
-        (params = OSSL_PARAM_BLD_to_param(build)) != nullptr &&
-        (ctx = EVP_PKEY_CTX_new_from_name(nullptr, "RSA", nullptr)) != nullptr &&
-        EVP_PKEY_fromdata_init(ctx) == 1) {
-        if (EVP_PKEY_fromdata(ctx, &key, EVP_PKEY_KEYPAIR, params) != 1)
-            key = nullptr;
-    }
-    EVP_PKEY_CTX_free(ctx);
-    OSSL_PARAM_free(params);
-    for (BIGNUM* number : numbers)
-        BN_free(number);
-    OSSL_PARAM_BLD_free(build);
-    return key;
+    ztutil::openssl::ParamBuilderPtr build(OSSL_PARAM_BLD_new());
+    ztutil::openssl::BignumPtr numbers[8];
+    if (!build || !addKeyValues(build.get(), numbers))
+        return nullptr;
+    return ztutil::openssl::keyFromParams("RSA", build.get(), EVP_PKEY_KEYPAIR).release();
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "crypto/openssl_ptr.h"
 #include "crypto/rsa_builtin_key.h"
 #include "ztutil/rsa.h"
 
@@ -21,7 +22,8 @@ long long runCipher(EVP_PKEY* key, Direction direction, const unsigned char* inp
                     unsigned int length) {
     if (key == nullptr)
         return -1;
-    EVP_PKEY_CTX* ctx = EVP_PKEY_CTX_new(key, nullptr);
+    ztutil::openssl::KeyContextPtr context(EVP_PKEY_CTX_new(key, nullptr));
+    EVP_PKEY_CTX* ctx = context.get();
     std::vector<unsigned char> work(static_cast<size_t>((EVP_PKEY_get_bits(key) + 7) / 8), 0);
     size_t outLength = work.size();
     static const unsigned char kNothing = 0;
@@ -41,7 +43,6 @@ long long runCipher(EVP_PKEY* key, Direction direction, const unsigned char* inp
 #endif
         done = done && EVP_PKEY_decrypt(ctx, work.data(), &outLength, input, length) == 1;
     }
-    EVP_PKEY_CTX_free(ctx);
     return done ? static_cast<long long>(outLength) : -1;
 }
 
@@ -50,21 +51,21 @@ long long runCipher(EVP_PKEY* key, Direction direction, const unsigned char* inp
 int RsaEncrypt(unsigned int len, unsigned char* in, unsigned char* /*out*/) {
     if (in == nullptr && len != 0)
         return 0;
-    EVP_PKEY* key = nullptr;
+    EVP_PKEY* loaded = nullptr;
     unsigned char sampleCiphertext[128];
-    const int ciphertextSize = key1(&key, sampleCiphertext);
-    const long long produced = runCipher(key, Direction::Encrypt, in, len);
-    EVP_PKEY_free(key);
+    const int ciphertextSize = key1(&loaded, sampleCiphertext);
+    const ztutil::openssl::KeyPtr key(loaded);
+    const long long produced = runCipher(key.get(), Direction::Encrypt, in, len);
     return produced == ciphertextSize ? 1 : 0;
 }
 
 int RsaDecrypt(unsigned int len, unsigned char* in, unsigned char* /*out*/) {
     if (in == nullptr && len != 0)
         return 0;
-    EVP_PKEY* key = nullptr;
+    EVP_PKEY* loaded = nullptr;
     unsigned char sampleCiphertext[128];
-    key1(&key, sampleCiphertext);
-    const long long produced = runCipher(key, Direction::Decrypt, in, len);
-    EVP_PKEY_free(key);
+    key1(&loaded, sampleCiphertext);
+    const ztutil::openssl::KeyPtr key(loaded);
+    const long long produced = runCipher(key.get(), Direction::Decrypt, in, len);
     return produced == static_cast<long long>(len) ? 1 : 0;
 }

@@ -12,9 +12,9 @@
 
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <vector>
 
+#include "crypto/openssl_ptr.h"
 #include "ztutil/rsa.h"
 #include "ztutil/ztverifytools.h"
 
@@ -32,18 +32,9 @@ struct ModulusPlace {
 };
 const ModulusPlace kModulusPlaces[] = {{140, 7, 128}, {270, 9, 256}};
 
-struct BnFree {
-    void operator()(BIGNUM* bn) const { BN_free(bn); }
-};
-struct KeyFree {
-    void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
-};
-struct KeyCtxFree {
-    void operator()(EVP_PKEY_CTX* ctx) const { EVP_PKEY_CTX_free(ctx); }
-};
-using BnPtr = std::unique_ptr<BIGNUM, BnFree>;
-using KeyPtr = std::unique_ptr<EVP_PKEY, KeyFree>;
-using KeyCtxPtr = std::unique_ptr<EVP_PKEY_CTX, KeyCtxFree>;
+using ztutil::openssl::BignumPtr;
+using ztutil::openssl::KeyContextPtr;
+using ztutil::openssl::KeyPtr;
 
 // The thread's OpenSSL error queue is empty during a verification, so that
 // the first queued error is the reason of a failed check (OpenSSL 1.1 queued
@@ -56,38 +47,28 @@ public:
 };
 
 // The modulus from the key block; null for a block of any other size.
-BnPtr modulusOf(const std::vector<unsigned char>& block) {
+BignumPtr modulusOf(const std::vector<unsigned char>& block) {
     for (const ModulusPlace& place : kModulusPlaces) {
         if (block.size() == place.blockSize)
-            return BnPtr(BN_bin2bn(block.data() + place.offset, static_cast<int>(place.length),
+            return BignumPtr(BN_bin2bn(block.data() + place.offset, static_cast<int>(place.length),
                                    nullptr));
     }
     return nullptr;
 }
 
 KeyPtr publicKey(const BIGNUM* modulus, const BIGNUM* exponent) {
-    OSSL_PARAM_BLD* build = OSSL_PARAM_BLD_new();
-    OSSL_PARAM* params = nullptr;
-    EVP_PKEY_CTX* ctx = nullptr;
-    EVP_PKEY* key = nullptr;
-    if (build != nullptr && OSSL_PARAM_BLD_push_BN(build, OSSL_PKEY_PARAM_RSA_N, modulus) == 1 &&
-        OSSL_PARAM_BLD_push_BN(build, OSSL_PKEY_PARAM_RSA_E, exponent) == 1 &&
-        (params = OSSL_PARAM_BLD_to_param(build)) != nullptr &&
-        (ctx = EVP_PKEY_CTX_new_from_name(nullptr, "RSA", nullptr)) != nullptr &&
-        EVP_PKEY_fromdata_init(ctx) == 1 &&
-        EVP_PKEY_fromdata(ctx, &key, EVP_PKEY_PUBLIC_KEY, params) != 1)
-        key = nullptr;
-    EVP_PKEY_CTX_free(ctx);
-    OSSL_PARAM_free(params);
-    OSSL_PARAM_BLD_free(build);
-    return KeyPtr(key);
+    ztutil::openssl::ParamBuilderPtr build(OSSL_PARAM_BLD_new());
+    if (!build || OSSL_PARAM_BLD_push_BN(build.get(), OSSL_PKEY_PARAM_RSA_N, modulus) != 1 ||
+        OSSL_PARAM_BLD_push_BN(build.get(), OSSL_PKEY_PARAM_RSA_E, exponent) != 1)
+        return nullptr;
+    return ztutil::openssl::keyFromParams("RSA", build.get(), EVP_PKEY_PUBLIC_KEY);
 }
 
 // RSA public decryption with PKCS#1 v1.5 type-1 padding into `out` (sized to
 // the modulus); the recovered length, or -1 as RSA_public_decrypt reports.
 int publicDecrypt(EVP_PKEY* key, const unsigned char* signature, unsigned int length,
                   std::vector<unsigned char>* out) {
-    KeyCtxPtr ctx(EVP_PKEY_CTX_new(key, nullptr));
+    KeyContextPtr ctx(EVP_PKEY_CTX_new(key, nullptr));
     size_t recovered = out->size();
     if (!ctx || EVP_PKEY_verify_recover_init(ctx.get()) != 1 ||
         EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) != 1 ||
@@ -111,7 +92,7 @@ long contentLength(const std::vector<unsigned char>& buffer) {
 
 bool sha1DigestInfoVerifies(EVP_PKEY* key, const unsigned char* digest,
                             const unsigned char* signature, unsigned int length) {
-    KeyCtxPtr ctx(EVP_PKEY_CTX_new(key, nullptr));
+    KeyContextPtr ctx(EVP_PKEY_CTX_new(key, nullptr));
     return ctx && EVP_PKEY_verify_init(ctx.get()) == 1 &&
            EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) == 1 &&
            EVP_PKEY_CTX_set_signature_md(ctx.get(), EVP_sha1()) == 1 &&
@@ -147,12 +128,12 @@ int RsaVerify(unsigned char* pbtCertData, unsigned int dwCertDataLength, unsigne
     unsigned char digest[kSha1Size];
     EVP_Digest(pbtData, dwDataLength, digest, nullptr, EVP_sha1(), nullptr);
 
-    BnPtr exponent(BN_new());
+    BignumPtr exponent(BN_new());
     if (!exponent || BN_set_word(exponent.get(), kPublicExponent) != 1) {
         std::printf("[RsaVerify] set word failed.\n");
         return 0;
     }
-    BnPtr modulus = modulusOf(keyBlock);
+    BignumPtr modulus = modulusOf(keyBlock);
     if (!modulus) {
         std::printf("[RsaVerify] BN_hex2bn failed.\n");
         return 0;

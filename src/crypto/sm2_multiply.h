@@ -1,43 +1,43 @@
-// s*G + t*P on the SM2 curve with OpenSSL's point operations: one shared run
-// of doublings, the generator's additions taken from a fixed table of its
-// odd multiples (built once with the curve) and the point's from a small
-// table built per call, both indexed by width-w NAF digits.
+// s*G + t*P as one interleaved run of doublings (Shamir's trick), each
+// scalar in width-w NAF, the additions taken from tables of odd multiples.
+//
+// Two shapes of table:
+// - odd multiples 1, 3, ..., 2^(w-1) - 1 of a point, for one 256-bit scalar
+//   over 256 doublings;
+// - spaced tables: the same for each of Q, 2^64 Q, 2^128 Q and 2^192 Q, so
+//   that a scalar split into four 64-bit parts needs 64 doublings only.
 #ifndef ZTUTIL_SRC_CRYPTO_SM2_MULTIPLY_H
 #define ZTUTIL_SRC_CRYPTO_SM2_MULTIPLY_H
 
-#include <openssl/bn.h>
-#include <openssl/ec.h>
-
-#include <vector>
+#include "crypto/sm2_point.h"
+#include "crypto/sm2_scalar.h"
 
 namespace ztutil {
 namespace sm2 {
 
-// Odd multiples 1, 3, ..., 2^(width-1) - 1 of a point and their negatives.
-struct OddMultiples {
-    int width = 0;
-    std::vector<EC_POINT*> positive;
-    std::vector<EC_POINT*> negative;
+const int kSpacedParts = 4;
+const int kSpacedPartBits = 64;
 
-    OddMultiples() = default;
-    OddMultiples(const OddMultiples&) = delete;
-    OddMultiples& operator=(const OddMultiples&) = delete;
-    ~OddMultiples();
+// Number of entries in a table of width w.
+constexpr int tableSize(int width) { return 1 << (width - 2); }
 
-    // Fills the table for `point`; with `affine` the entries are brought to
-    // affine form (Z = 1), which makes each later addition cheaper but costs
-    // an inversion per entry, so it is worth it only for a table kept long.
-    bool build(const EC_GROUP* group, const EC_POINT* point, int width, bool affine, BN_CTX* ctx);
+// Spaced tables of `point` (finite): kSpacedParts rows of tableSize(width)
+// affine points, row j holding the odd multiples of 2^(64 j) point.
+void buildSpacedTables(AffinePoint* rows, const AffinePoint& point, int width);
+
+// A point's spaced tables with their width.
+struct SpacedTables {
+    const AffinePoint* rows;
+    int width;
 };
 
-// Width of the generator's table and of the per-call table.
-const int kGeneratorWidth = 8;
-const int kPointWidth = 5;
-
-// result = gScalar * G + pScalar * point, for scalars of at most 256 bits
-// (larger ones are refused). The result is left in Jacobian form.
-bool multiplyAdd(const EC_GROUP* group, const OddMultiples& generatorTable, EC_POINT* result,
-                 const BIGNUM* gScalar, const EC_POINT* point, const BIGNUM* pScalar, BN_CTX* ctx);
+// s*G + t*P with G's spaced tables (only the first row is used) and a table
+// of P's odd multiples built on the spot.
+JacobianPoint mulAddFresh(const SpacedTables& base, const U256& s, const AffinePoint& point,
+                          const U256& t);
+// s*G + t*P with spaced tables for both.
+JacobianPoint mulAddSpaced(const SpacedTables& base, const U256& s, const SpacedTables& point,
+                           const U256& t);
 
 }  // namespace sm2
 }  // namespace ztutil

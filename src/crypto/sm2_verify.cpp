@@ -2,158 +2,98 @@
 //   1 <= r, s < n;  t = (r + s) mod n != 0;  (x1, y1) = s*G + t*PA;
 //   valid when e + x1, less n once if not below n, equals r.
 //
-// The curve group comes ready from sm2_curve (built and checked once); the
-// key and signature checks below accept exactly what a freshly built group
-// with an EC_KEY and OpenSSL 1.1's signature decoder accepted, and print the
-// same texts.
-#include <openssl/bn.h>
-#include <openssl/ec.h>
-
+// The arithmetic is the library's own (sm2_field, sm2_point, sm2_multiply);
+// what is accepted and what is printed are those of the verification built
+// on OpenSSL 1.1's curve group, EC_KEY and signature decoder:
+// - the key coordinates are reduced mod p and a point off the curve is
+//   refused silently, as setting the point refused it;
+// - OpenSSL's key check (a finite point on the curve whose n-fold is at
+//   infinity) passes for every point accepted that way, since the curve's
+//   order n is prime (cofactor 1), so "EC_KEY_check_key failed\n" is never
+//   printed; nor is "EC_KEY_set_group failed\n", which only an allocation
+//   failure caused and nothing is allocated here;
+// - the signature is decoded by readSignatureIntegers, which follows the
+//   older DER decoder.
 #include <cstdio>
-#include <memory>
 
-#include "crypto/sm2_curve.h"
-#include "crypto/sm2_point_x.h"
+#include "crypto/sm2_base_table.h"
+#include "crypto/sm2_key_cache.h"
 #include "crypto/sm2_signature_der.h"
 #include "ztutil/sm2.h"
 
 namespace {
+
+using namespace ztutil::sm2;
 
 const unsigned int kPublicKeyRecordSize = 132;
 const unsigned int kCoordinateSize = 32;
 const unsigned int kXOffset = 36;
 const unsigned int kYOffset = 100;
 
-struct BnCtxFree {
-    void operator()(BN_CTX* ctx) const { BN_CTX_free(ctx); }
-};
-struct PointFree {
-    void operator()(EC_POINT* point) const { EC_POINT_free(point); }
-};
-using BnCtxPtr = std::unique_ptr<BN_CTX, BnCtxFree>;
-using PointPtr = std::unique_ptr<EC_POINT, PointFree>;
-
-// Working values of one verification; the big numbers live in the context.
-struct Workspace {
-    BnCtxPtr ctx;
-    PointPtr publicKey;
-    PointPtr sum;
-    BIGNUM* x = nullptr;
-    BIGNUM* y = nullptr;
-    BIGNUM* r = nullptr;
-    BIGNUM* s = nullptr;
-    BIGNUM* t = nullptr;
-    BIGNUM* e = nullptr;
-    BIGNUM* x1 = nullptr;
-
-    bool open(const EC_GROUP* group) {
-        ctx.reset(BN_CTX_new());
-        if (!ctx)
-            return false;
-        publicKey.reset(EC_POINT_new(group));
-        sum.reset(EC_POINT_new(group));
-        BN_CTX_start(ctx.get());
-        BIGNUM** all[] = {&x, &y, &r, &s, &t, &e, &x1};
-        for (BIGNUM** bn : all) {
-            *bn = BN_CTX_get(ctx.get());
-            if (*bn == nullptr)
-                return false;
-        }
-        return publicKey && sum;
-    }
-
-    ~Workspace() {
-        if (ctx)
-            BN_CTX_end(ctx.get());
-    }
-};
-
 // The key point from the record; a record that is not exactly 132 bytes
-// gives the point (0, 0). Setting a point reduces the coordinates modulo p
-// and refuses a point that is not on the curve.
-bool setPublicKey(const EC_GROUP* group, const unsigned char* record, unsigned int recordLength,
-                  Workspace* w) {
-    BN_zero(w->x);
-    BN_zero(w->y);
-    if (record != nullptr && recordLength == kPublicKeyRecordSize) {
-        if (BN_bin2bn(record + kXOffset, kCoordinateSize, w->x) == nullptr ||
-            BN_bin2bn(record + kYOffset, kCoordinateSize, w->y) == nullptr)
-            return false;
-    }
-    return EC_POINT_set_affine_coordinates(group, w->publicKey.get(), w->x, w->y, w->ctx.get()) ==
-           1;
+// gives the point (0, 0), which is not on the curve.
+bool publicKeyPoint(const unsigned char* record, unsigned int recordLength, AffinePoint* key) {
+    static const unsigned char kZero[kCoordinateSize] = {0};
+    const bool complete = record != nullptr && recordLength == kPublicKeyRecordSize;
+    key->x = fieldFromBytes(complete ? record + kXOffset : kZero);
+    key->y = fieldFromBytes(complete ? record + kYOffset : kZero);
+    return onCurve(*key);
 }
 
-// The key check of an EC key: a finite point on the curve whose multiple by
-// n is the point at infinity. An affine point on the curve passes the first
-// two by construction, and with cofactor 1 every curve point has order n,
-// so the multiplication cannot fail and is not repeated here.
-bool publicKeyValid(const EC_GROUP* group, Workspace* w) {
-    return EC_POINT_is_at_infinity(group, w->publicKey.get()) == 0 &&
-           EC_POINT_is_on_curve(group, w->publicKey.get(), w->ctx.get()) == 1;
-}
+struct Signature {
+    U256 r, s;
+    bool fits;  // both below 2^256; larger values are out of range
+};
 
 // r and s from the DER signature, as unsigned numbers.
-bool decodeSignature(const unsigned char* der, unsigned int length, Workspace* w) {
-    ztutil::sm2::SignatureIntegers integers;
-    if (!ztutil::sm2::readSignatureIntegers(der, length, &integers))
+bool decodeSignature(const unsigned char* der, unsigned int length, Signature* signature) {
+    SignatureIntegers integers;
+    if (!readSignatureIntegers(der, length, &integers))
         return false;
-    return BN_bin2bn(integers.r.data, static_cast<int>(integers.r.size), w->r) != nullptr &&
-           BN_bin2bn(integers.s.data, static_cast<int>(integers.s.size), w->s) != nullptr;
+    signature->fits = fromBigEndian(integers.r.data, integers.r.size, &signature->r) &&
+                      fromBigEndian(integers.s.data, integers.s.size, &signature->s);
+    return true;
 }
 
-bool inSignatureRange(const BIGNUM* value, const BIGNUM* order) {
-    return !BN_is_zero(value) && !BN_is_negative(value) && BN_ucmp(value, order) < 0;
-}
-
-// The digest as the integer e: the whole digest when n has at least as many
-// bits, else its leading bits(n) bits.
-bool digestToInteger(const unsigned char* digest, unsigned int length, const BIGNUM* order,
-                     BIGNUM* e) {
+// The digest as the integer e. The ECDSA rule keeps the leading bits(n)
+// bits of a longer digest; n has exactly 256 bits, so that is its first 32
+// bytes, and a shorter digest is taken whole.
+bool digestToInteger(const unsigned char* digest, unsigned int length, U256* e) {
     if (digest == nullptr && length != 0)
         return false;
-    const int orderBits = BN_num_bits(order);
-    if (static_cast<long long>(length) * 8 <= orderBits)
-        return BN_bin2bn(digest, static_cast<int>(length), e) != nullptr;
-    if (BN_bin2bn(digest, (orderBits + 7) / 8, e) == nullptr)
-        return false;
-    return orderBits % 8 == 0 || BN_rshift(e, e, 8 - orderBits % 8) == 1;
+    return fromBigEndian(digest, length < kCoordinateSize ? length : kCoordinateSize, e);
 }
 
 // R = e + x1, less n once when it is not below n, must equal r. With
 // r < n that holds exactly when x1 = r - e (then e + x1 < n) or
 // x1 = r - e + n (then e + x1 >= n); each candidate that is a field element
-// is compared with the point's x directly.
-bool xMatches(const ztutil::sm2::Curve& curve, const EC_POINT* point, const BIGNUM* r,
-              const BIGNUM* e, BIGNUM* candidate, BN_CTX* ctx) {
-    if (BN_sub(candidate, r, e) != 1)
-        return false;
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        if (!BN_is_negative(candidate)) {
-            const int equal = ztutil::sm2::affineXEquals(curve.group, point, candidate, ctx);
-            if (equal != 0)
-                return equal == 1;
-        }
-        if (attempt == 0 && BN_add(candidate, candidate, curve.order) != 1)
-            return false;
-    }
-    return false;
+// (0 <= candidate < p) is compared with X / Z^2 of the sum directly.
+bool xMatches(const JacobianPoint& sum, const U256& r, const U256& e) {
+    U256 candidate;
+    const u64 borrow = sub256(&candidate, r, e);
+    if (borrow == 0 && affineXEquals(sum, fieldFromInteger(candidate)))
+        return true;
+    // r + n - e, in range only when the carry of r + n pays for the borrow
+    // of the subtraction.
+    U256 withOrder;
+    const u64 carry = add256(&withOrder, r, kGroupOrder);
+    const u64 secondBorrow = sub256(&candidate, withOrder, e);
+    return carry == secondBorrow && less256(candidate, kFieldPrime) &&
+           affineXEquals(sum, fieldFromInteger(candidate));
 }
 
-bool signatureMatches(const ztutil::sm2::Curve& curve, const unsigned char* digest,
-                      unsigned int digestLength, Workspace* w) {
-    const BIGNUM* n = curve.order;
-    BN_CTX* ctx = w->ctx.get();
-    if (!inSignatureRange(w->r, n) || !inSignatureRange(w->s, n))
+bool signatureMatches(const SpacedTables& base, const AffinePoint& key,
+                      const unsigned char* digest, unsigned int digestLength,
+                      const Signature& signature) {
+    if (!signature.fits || !scalarInRange(signature.r) || !scalarInRange(signature.s))
         return false;
-    if (BN_mod_add(w->t, w->r, w->s, n, ctx) != 1 || BN_is_zero(w->t))
+    const U256 t = scalarAdd(signature.r, signature.s);
+    if (isZero256(t))
         return false;
-    if (!ztutil::sm2::multiplyAdd(curve.group, curve.generatorTable, w->sum.get(), w->s,
-                                  w->publicKey.get(), w->t, ctx))
+    U256 e;
+    if (!digestToInteger(digest, digestLength, &e))
         return false;
-    if (!digestToInteger(digest, digestLength, n, w->e))
-        return false;
-    return xMatches(curve, w->sum.get(), w->r, w->e, w->x1, ctx);
+    return xMatches(mulAddWithKey(base, signature.s, key, t), signature.r, e);
 }
 
 }  // namespace
@@ -163,23 +103,16 @@ int SM2Verify(unsigned char* pbtPubKey, unsigned int uiPubKeyLen, unsigned char*
     std::printf("[SM2Verify] call in ... \n");
     std::fflush(stdout);
 
-    const ztutil::sm2::Curve* curve = ztutil::sm2::curve();
-    if (curve == nullptr)
+    const SpacedTables* base = baseTables();
+    if (base == nullptr)
         return 1;
-    Workspace w;
-    if (!w.open(curve->group)) {
-        std::printf("EC_KEY_set_group failed\n");
+    AffinePoint key;
+    if (!publicKeyPoint(pbtPubKey, uiPubKeyLen, &key))
         return 1;
-    }
-    if (!setPublicKey(curve->group, pbtPubKey, uiPubKeyLen, &w))
+    Signature signature;
+    if (!decodeSignature(pbtSignData, uiSignDataLen, &signature))
         return 1;
-    if (!publicKeyValid(curve->group, &w)) {
-        std::printf("EC_KEY_check_key failed\n");
-        return 1;
-    }
-    if (!decodeSignature(pbtSignData, uiSignDataLen, &w))
-        return 1;
-    if (!signatureMatches(*curve, pbtDigestData, uiDigestDataLen, &w)) {
+    if (!signatureMatches(*base, key, pbtDigestData, uiDigestDataLen, signature)) {
         std::printf("SM2_verify failed");
         return 1;
     }

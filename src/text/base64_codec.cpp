@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ztutil/base64.h"
+#include "ztutil/base64_qt.h"
 
 char* const strNormalTable =
     const_cast<char*>("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=");

@@ -1,6 +1,6 @@
 #include "ztutil/ztbase64.h"
 
-#include "ztutil/base64.h"
+#include "ztutil/base64_qt.h"
 
 ZTBase64::ZTBase64(QObject* parent) : QObject(parent) {}
 

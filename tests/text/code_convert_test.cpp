@@ -224,7 +224,6 @@ TEST(Gbk, MalformedUtf8FillsTheWholeScratch) {
 }
 
 TEST(ContractDeathTest, NullArgumentsStopTheProcess) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     long value = 0;
     EXPECT_DEATH(code_unicode_to_utf8_one(0x41, nullptr, 6),
                  "code_convert\\.cpp:103: int code_unicode_to_utf8_one\\(long int, char\\*, int\\): "

@@ -1,4 +1,4 @@
-# Runs ZTHOST with ARGS and checks what it did.
+# Runs ZTHOST with ARGS (through EMULATOR, if given) and checks what it did.
 #   EXPECTED_EXIT    the exit status
 #   EXPECTED_MATCH   a regular expression the combined output must match
 #   STDOUT_MATCH     one standard output alone must match
@@ -13,7 +13,7 @@ set(stdin_option)
 if(INPUT)
   set(stdin_option INPUT_FILE ${INPUT})
 endif()
-execute_process(COMMAND ${ZTHOST} ${ARGS} ${stdin_option}
+execute_process(COMMAND ${EMULATOR} ${ZTHOST} ${ARGS} ${stdin_option}
   RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err)
 set(report "stdout:\n${out}\nstderr:\n${err}")
 if(NOT "${status}" STREQUAL "${EXPECTED_EXIT}")

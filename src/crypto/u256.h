@@ -1,0 +1,134 @@
+// Unsigned 256-bit integers as four 64-bit limbs, least significant first,
+// and the carry-chain steps the SM2 field and scalar code is built from.
+// Products and carries go through unsigned __int128, which GCC and clang
+// turn into MUL/UMULH and add-with-carry on 64-bit Arm and x86-64 alike.
+#ifndef ZTUTIL_SRC_CRYPTO_U256_H
+#define ZTUTIL_SRC_CRYPTO_U256_H
+
+#include <cstddef>
+#include <cstdint>
+
+// GCC 12 turns the portable carry chains below into flag round trips
+// (SETC and re-add) on x86-64; its add-with-carry intrinsics there give
+// plain ADC/SBB chains. Other targets compile the portable form (GCC 12 for
+// 64-bit Arm makes ADDS/CSET of it, correct but not ADCS chains).
+#if defined(__x86_64__)
+#include <x86intrin.h>
+#define ZTUTIL_X86_CARRY 1
+#else
+#define ZTUTIL_X86_CARRY 0
+#endif
+
+namespace ztutil {
+namespace sm2 {
+
+using u64 = std::uint64_t;
+using u128 = unsigned __int128;
+
+struct U256 {
+    u64 limb[4];
+};
+
+// a + b + carry; the carry out (0 or 1) replaces *carry.
+inline u64 addCarry(u64 a, u64 b, u64* carry) {
+#if ZTUTIL_X86_CARRY
+    unsigned long long sum;
+    *carry = _addcarry_u64(static_cast<unsigned char>(*carry), a, b, &sum);
+    return sum;
+#else
+    const u128 sum = static_cast<u128>(a) + b + *carry;
+    *carry = static_cast<u64>(sum >> 64);
+    return static_cast<u64>(sum);
+#endif
+}
+
+// a - b - borrow; the borrow out (0 or 1) replaces *borrow.
+inline u64 subBorrow(u64 a, u64 b, u64* borrow) {
+#if ZTUTIL_X86_CARRY
+    unsigned long long difference;
+    *borrow = _subborrow_u64(static_cast<unsigned char>(*borrow), a, b, &difference);
+    return difference;
+#else
+    const u128 difference = static_cast<u128>(a) - b - *borrow;
+    *borrow = static_cast<u64>(difference >> 64) & 1;
+    return static_cast<u64>(difference);
+#endif
+}
+
+// out = a + b; returns the carry out of the top limb.
+inline u64 add256(U256* out, const U256& a, const U256& b) {
+    u64 carry = 0;
+    for (int i = 0; i < 4; ++i)
+        out->limb[i] = addCarry(a.limb[i], b.limb[i], &carry);
+    return carry;
+}
+
+// out = a - b (mod 2^256); returns the borrow out of the top limb.
+inline u64 sub256(U256* out, const U256& a, const U256& b) {
+    u64 borrow = 0;
+    for (int i = 0; i < 4; ++i)
+        out->limb[i] = subBorrow(a.limb[i], b.limb[i], &borrow);
+    return borrow;
+}
+
+// a < b as unsigned numbers.
+inline bool less256(const U256& a, const U256& b) {
+    U256 unused;
+    return sub256(&unused, a, b) != 0;
+}
+
+inline bool isZero256(const U256& a) {
+    return (a.limb[0] | a.limb[1] | a.limb[2] | a.limb[3]) == 0;
+}
+
+inline bool equal256(const U256& a, const U256& b) {
+    return ((a.limb[0] ^ b.limb[0]) | (a.limb[1] ^ b.limb[1]) | (a.limb[2] ^ b.limb[2]) |
+            (a.limb[3] ^ b.limb[3])) == 0;
+}
+
+// out = a - m when a >= m or when `extra` (a bit above a's top limb) is
+// set, else a; for values below 2m this is the final step of a reduction.
+// Branch-free: m is subtracted and, when that was wrong, added back masked.
+inline void reduceOnce(U256* out, const U256& a, u64 extra, const U256& m) {
+    U256 less;
+    const u64 borrow = sub256(&less, a, m);
+    const u64 mask = u64(0) - (borrow & (extra ^ 1));
+    const U256 back = {{m.limb[0] & mask, m.limb[1] & mask, m.limb[2] & mask, m.limb[3] & mask}};
+    add256(out, less, back);
+}
+
+// The 32 big-endian bytes of a number and back.
+inline U256 fromBigEndian32(const unsigned char bytes[32]) {
+    U256 out;
+    for (int i = 0; i < 4; ++i) {
+        u64 limb = 0;
+        for (int j = 0; j < 8; ++j)
+            limb = (limb << 8) | bytes[(3 - i) * 8 + j];
+        out.limb[i] = limb;
+    }
+    return out;
+}
+
+inline void toBigEndian32(unsigned char bytes[32], const U256& value) {
+    for (int i = 0; i < 4; ++i)
+        for (int j = 0; j < 8; ++j)
+            bytes[(3 - i) * 8 + j] = static_cast<unsigned char>(value.limb[i] >> (56 - 8 * j));
+}
+
+// A big-endian number of any length; false when it does not fit 256 bits
+// (leading zero bytes are allowed in any number).
+inline bool fromBigEndian(const unsigned char* bytes, std::size_t size, U256* out) {
+    unsigned char padded[32] = {0};
+    for (; size > 32; --size, ++bytes)
+        if (*bytes != 0)
+            return false;
+    for (std::size_t i = 0; i < size; ++i)
+        padded[32 - size + i] = bytes[i];
+    *out = fromBigEndian32(padded);
+    return true;
+}
+
+}  // namespace sm2
+}  // namespace ztutil
+
+#endif
