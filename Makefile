@@ -25,7 +25,7 @@ FUZZ_PACKAGES := clang libclang-rt-dev
 # Cross build for arm64 (Debian multiarch): the cross compiler, moc of the
 # host's Qt tools, qemu-user to run the tests, the target's libraries.
 ARM64_PACKAGES := g++-aarch64-linux-gnu qtbase5-dev-tools qemu-user \
-                  qtbase5-dev:arm64 libssl-dev:arm64 libgtest-dev:arm64
+                  qtbase5-dev:arm64 libssl-dev:arm64 libgtest-dev:arm64 libzip-dev:arm64
 
 SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 

@@ -3,20 +3,14 @@
 #include <openssl/asn1.h>
 #include <openssl/objects.h>
 
-#include <QFile>
 #include <vector>
 
 #include "readers/der_tree.h"
 #include "readers/der_values.h"
 #include "support/qt_printers.h"
+#include "tools/tool_files.h"
 
 namespace {
-
-QByteArray example(const char* name) {
-    QFile file(QStringLiteral(ZTHOST_EXAMPLES_DIR "/") + QLatin1String(name));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-    return file.readAll();
-}
 
 struct Seen {
     int offset, tag, header, length;

@@ -20,14 +20,9 @@
 #include "services/signature_check.h"
 #include "services/sm2_signature.h"
 #include "support/qt_printers.h"
+#include "tools/tool_files.h"
 
 namespace {
-
-QByteArray example(const char* name) {
-    QFile file(QStringLiteral(ZTHOST_EXAMPLES_DIR "/") + QLatin1String(name));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-    return file.readAll();
-}
 
 struct Element {
     int offset, tag, header, length;
@@ -173,9 +168,7 @@ TEST_F(LibraryWalk, SignatureFormsAgreeWithOpenSslDer) {
 // A DER signature with an INTEGER shorter than 32 bytes (openssl made it):
 // the library misreads it, and zthost passes it as r || s instead.
 TEST_F(LibraryWalk, ShortIntegerSignaturesVerifyOnlyAsRawValues) {
-    QFile file(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/ofd/short-integer.ofd"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray bytes = file.readAll();
+    const QByteArray bytes = ofdData("short-integer.ofd");
     const OfdPackage package(bytes);
     const QByteArray value = package.zip().read(QStringLiteral("Doc_0/Signs/Sign_0/SignedValue.dat"), kMaxOfdPartSize);
     const SesSignature signature = readSesSignature(ByteView::of(value));

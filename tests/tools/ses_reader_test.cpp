@@ -6,29 +6,15 @@
 #include <openssl/evp.h>
 #include <openssl/x509.h>
 
-#include <QFile>
 
 #include "readers/format_error.h"
 #include "readers/ofd_package.h"
 #include "readers/ses_signature.h"
 #include "readers/signed_data.h"
 #include "support/qt_printers.h"
+#include "tools/tool_files.h"
 
 namespace {
-
-QByteArray readFile(const QString& path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
-}
-
-QByteArray ofdData(const char* name) {
-    return readFile(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/ofd/") + QLatin1String(name));
-}
-
-QByteArray example(const char* name) {
-    return readFile(QStringLiteral(ZTHOST_EXAMPLES_DIR "/") + QLatin1String(name));
-}
 
 QByteArray sm3(const QByteArray& data) {
     unsigned char out[EVP_MAX_MD_SIZE];

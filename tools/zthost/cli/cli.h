@@ -84,6 +84,11 @@ struct Command {
     int (*run)(Context& context, const QStringList& args);
 };
 
+// A command whose only subcommand is `name`: --help shows `usage`, anything
+// else is a usage error; the command path becomes "COMMAND NAME".
+int runSingleSubcommand(Context& context, const QStringList& args, const char* usage, const char* name,
+                        int (*run)(Context& context, const QStringList& args));
+
 // The commands in the order --help lists them.
 const Command* const* commandTable();
 const Command* findCommand(const QString& name);

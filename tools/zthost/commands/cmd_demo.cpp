@@ -17,9 +17,9 @@ const char kUsage[] =
     "A tour of the library on the example files: the version query, the\n"
     "components, a certificate, SM3, SM2 and RSA signatures, GM and\n"
     "government-affairs seal structures compared with ones made independently\n"
-    "by openssl, Base64, GBK text and the calls back into the host. Steps that\n"
-    "need a piece this build of the library lacks are skipped. Exit status 0\n"
-    "when every step that ran passed.\n"
+    "by openssl, an OFD document verified end to end, Base64, GBK text and\n"
+    "the calls back into the host. Steps that need a piece this build of the\n"
+    "library lacks are skipped. Exit status 0 when every step that ran passed.\n"
     "\n"
     "options:\n"
     "  --examples DIR   where the example files are (default: the installed\n"
@@ -44,6 +44,7 @@ int runDemo(Context& context, const QStringList& arguments) {
     run.section("signatures", [&] { demoSignatures(run); });
     run.section("GM seal signature", [&] { demoGmSeal(run); });
     run.section("government-affairs seal signature", [&] { demoZwSeal(run); });
+    run.section("OFD document", [&] { demoOfd(run); });
     run.section("Base64", [&] { demoBase64(run); });
     run.section("GBK text", [&] { demoText(run); });
     run.section("calls into the host", [&] { demoCallbacks(run); });

@@ -90,14 +90,7 @@ int runVerify(Context& context, const QStringList& arguments) {
 }
 
 int runOfd(Context& context, const QStringList& arguments) {
-    if (arguments.isEmpty())
-        throw UsageError(QStringLiteral("missing subcommand (verify)"));
-    if (arguments.first() == QLatin1String("--help") || arguments.first() == QLatin1String("-h"))
-        throw HelpRequest{kUsage};
-    if (arguments.first() != QLatin1String("verify"))
-        throw UsageError(QStringLiteral("unknown subcommand %1 (verify)").arg(arguments.first()));
-    context.setCommandPath(QStringLiteral("ofd verify"));
-    return runVerify(context, arguments.mid(1));
+    return runSingleSubcommand(context, arguments, kUsage, "verify", runVerify);
 }
 
 }  // namespace

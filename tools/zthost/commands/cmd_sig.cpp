@@ -86,14 +86,7 @@ int runConvert(Context& context, const QStringList& arguments) {
 }
 
 int runSig(Context& context, const QStringList& arguments) {
-    if (arguments.isEmpty())
-        throw UsageError(QStringLiteral("missing subcommand (convert)"));
-    if (arguments.first() == QLatin1String("--help") || arguments.first() == QLatin1String("-h"))
-        throw HelpRequest{kUsage};
-    if (arguments.first() != QLatin1String("convert"))
-        throw UsageError(QStringLiteral("unknown subcommand %1").arg(arguments.first()));
-    context.setCommandPath(QStringLiteral("sig convert"));
-    return runConvert(context, arguments.mid(1));
+    return runSingleSubcommand(context, arguments, kUsage, "convert", runConvert);
 }
 
 }  // namespace

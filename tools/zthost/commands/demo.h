@@ -51,6 +51,7 @@ void demoZwSeal(DemoRun& run);
 void demoBase64(DemoRun& run);
 void demoText(DemoRun& run);
 void demoCallbacks(DemoRun& run);
+void demoOfd(DemoRun& run);
 
 // Bytes as lower-case hex.
 QString hexText(const QByteArray& bytes);

@@ -7,6 +7,7 @@
 #include <QDateTime>
 
 #include "readers/byte_view.h"
+#include "readers/format_error.h"
 
 struct CertificateFields {
     ByteView serialNumber;  // INTEGER content

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "readers/zip_package.h"
+#include "readers/format_error.h"
 
 // Bounds on what one package may make zthost read and follow.
 constexpr qint64 kMaxOfdPartSize = qint64(16) * 1024 * 1024;          // XML, signed values, seals

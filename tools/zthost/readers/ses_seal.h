@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "readers/byte_view.h"
+#include "readers/format_error.h"
 
 enum class SesLayout { V1, V4 };
 // "GM/T 0031 (v1)" or "GB/T 38540 (v4)".

@@ -23,6 +23,7 @@
 #include <QString>
 
 #include "readers/byte_view.h"
+#include "readers/format_error.h"
 #include "readers/ses_seal.h"
 
 struct SesSignature {

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "readers/byte_view.h"
+#include "readers/format_error.h"
 
 namespace oid {
 constexpr char kGmSignedData[] = "1.2.156.10197.6.1.4.2.2";

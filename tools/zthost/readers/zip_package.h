@@ -10,6 +10,8 @@
 #include <functional>
 #include <memory>
 
+#include "readers/format_error.h"
+
 struct zip;
 
 // Archives with more entries than this are refused.
