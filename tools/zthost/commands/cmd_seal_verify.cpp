@@ -79,7 +79,7 @@ int runVerify(Context& context, const QStringList& arguments) {
     for (const Check& check : verdict.checks)
         report.set(check.name.toLatin1().replace(' ', '_').constData(), !check.failed());
     report.set("signature_valid", verdict.signatureValid());
-    report.set("seal_valid", verdict.scopeVerdict(CheckScope::Seal));
+    report.set("seal_valid", verdict.scopeReport(CheckScope::Seal));
     report.set("valid", verdict.valid());
     Report problems = Report::array();
     for (const QString& problem : verdict.problems())

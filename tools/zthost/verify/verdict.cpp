@@ -25,16 +25,18 @@ bool SignatureVerdict::passed(const QString& name) const {
     return false;
 }
 
-Report SignatureVerdict::scopeVerdict(CheckScope scope) const {
-    bool any = false;
+std::optional<bool> SignatureVerdict::scopePassed(CheckScope scope) const {
+    std::optional<bool> passed;
     for (const Check& check : checks) {
-        if (check.scope != scope)
-            continue;
-        any = true;
-        if (check.failed())
-            return Report::boolean(false);
+        if (check.scope == scope)
+            passed = passed.value_or(true) && !check.failed();
     }
-    return any ? Report::boolean(true) : Report();
+    return passed;
+}
+
+Report SignatureVerdict::scopeReport(CheckScope scope) const {
+    const std::optional<bool> passed = scopePassed(scope);
+    return passed ? Report::boolean(*passed) : Report();
 }
 
 bool SignatureVerdict::signatureValid() const {
@@ -75,7 +77,7 @@ Report SignatureVerdict::toReport() const {
     report.set("references_checked", referencesChecked);
     report.set("references_failed", referencesFailed);
     report.set("signature_valid", signatureValid());
-    report.set("seal_valid", type == QLatin1String("Sign") ? Report() : scopeVerdict(CheckScope::Seal));
+    report.set("seal_valid", type == QLatin1String("Sign") ? Report() : scopeReport(CheckScope::Seal));
     report.set("valid", valid());
     Report problemList = Report::array();
     for (const QString& problem : problems())
@@ -99,10 +101,10 @@ Report SignatureVerdict::toReport() const {
 
 namespace {
 
-QString validText(const Report& verdict) {
-    if (verdict.kind() != Report::Kind::Bool)
+QString validText(const std::optional<bool>& passed) {
+    if (!passed)
         return QStringLiteral("-");
-    return verdict.toJson() == "true\n" ? QStringLiteral("valid") : QStringLiteral("NOT VALID");
+    return *passed ? QStringLiteral("valid") : QStringLiteral("NOT VALID");
 }
 
 void line(QString& out, const char* label, const QString& value) {
@@ -121,7 +123,7 @@ QString SignatureVerdict::toText() const {
     line(out, "references", QStringLiteral("%1 checked, %2 failed").arg(referencesChecked).arg(referencesFailed));
     line(out, "signature", signatureValid() ? QStringLiteral("valid") : QStringLiteral("NOT VALID"));
     if (type != QLatin1String("Sign"))
-        line(out, "seal", validText(scopeVerdict(CheckScope::Seal)));
+        line(out, "seal", validText(scopePassed(CheckScope::Seal)));
     line(out, "verdict", valid() ? QStringLiteral("VALID") : QStringLiteral("NOT VALID"));
     for (const QString& problem : problems())
         line(out, "problem", problem);

@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <optional>
 #include <vector>
 
 #include "output/report.h"
@@ -45,14 +46,16 @@ struct SignatureVerdict {
     // A check that could not be made: it counts as failed.
     void fail(CheckScope scope, const QString& name, const QString& problem) { add(scope, name, false, problem); }
     bool passed(const QString& name) const;
-    // Null when the scope has no checks; otherwise whether none failed.
-    Report scopeVerdict(CheckScope scope) const;
+    // Empty when the scope has no checks; otherwise whether none failed.
+    std::optional<bool> scopePassed(CheckScope scope) const;
     // The signature's own checks passed, the signature itself among them.
     bool signatureValid() const;
     // No check failed, and the signature itself was verified.
     bool valid() const;
     QStringList problems() const;
     Report toReport() const;
+    // scopePassed as JSON: true, false or null.
+    Report scopeReport(CheckScope scope) const;
     // The block a person reads: facts, the two verdicts, then every problem.
     QString toText() const;
 };
