@@ -94,7 +94,8 @@ TEST(SesReader, FieldsAsOpensslLaidThemOut) {
     EXPECT_EQ(seal.validEnd, QDateTime(QDate(2049, 12, 31), QTime(23, 59, 59), Qt::UTC));
     EXPECT_EQ(seal.pictureData.toByteArray(), ofdData("picture.png"));
     EXPECT_EQ(pictureExtension(seal.pictureType), QStringLiteral("png"));
-    const SesSignature v1 = readSesSignature(ByteView::of(ofdData("ses-v1.der")));
+    const QByteArray v1Bytes = ofdData("ses-v1.der");  // the views point into it
+    const SesSignature v1 = readSesSignature(ByteView::of(v1Bytes));
     EXPECT_EQ(v1.timeText, QByteArray("20240301093000Z"));  // text inside a BIT STRING
     EXPECT_EQ(v1.time, signature.time);
     EXPECT_EQ(readSesSeal(v1.seal).validStart, QDateTime(QDate(2024, 1, 1), QTime(0, 0), Qt::UTC));  // UTCTime
