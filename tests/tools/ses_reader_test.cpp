@@ -12,7 +12,7 @@
 #include "readers/ses_signature.h"
 #include "readers/signed_data.h"
 #include "support/qt_printers.h"
-#include "tools/tool_files.h"
+#include "tools/tool_support.h"
 
 namespace {
 
