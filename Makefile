@@ -27,13 +27,13 @@ SMOKE_SECONDS ?= 4
 # dpkg-buildflags); lintian checks them and python3-pytest runs the tests of
 # the Python module, both in the test suite.
 PACKAGES := cmake make g++ pkg-config qtbase5-dev libssl-dev libgtest-dev \
-            libbenchmark-dev ca-certificates openssl dpkg-dev file lintian \
+            libbenchmark-dev libzip-dev ca-certificates openssl dpkg-dev file lintian \
             python3 python3-pytest
 FUZZ_PACKAGES := clang libclang-rt-dev
 # Cross build for arm64 (Debian multiarch): the cross compiler, moc of the
 # host's Qt tools, qemu-user to run the tests, the target's libraries.
 ARM64_PACKAGES := g++-aarch64-linux-gnu qtbase5-dev-tools qemu-user \
-                  qtbase5-dev:arm64 libssl-dev:arm64 libgtest-dev:arm64
+                  qtbase5-dev:arm64 libssl-dev:arm64 libgtest-dev:arm64 libzip-dev:arm64
 
 SUDO := $(shell [ "$$(id -u)" -eq 0 ] || echo sudo)
 

@@ -3,8 +3,8 @@
 #include <QCoreApplication>
 #include <QStringList>
 
-#include "cli.h"
-#include "console.h"
+#include "cli/cli.h"
+#include "output/console.h"
 
 namespace {
 

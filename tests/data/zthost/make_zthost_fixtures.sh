@@ -56,3 +56,6 @@ head -c 300 "$ex/gm-seal.der" > gm-seal-truncated.der
 
 # A DER element followed by two stray bytes.
 { cat "$ex/seal.der"; printf '\n\n'; } > seal-trailing.der
+
+# SEQUENCE { INTEGER 5 } with a long-form length where the short form would do.
+printf '\x30\x81\x03\x02\x01\x05' > long-length.der

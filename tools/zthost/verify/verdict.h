@@ -1,0 +1,63 @@
+// What verifying one signature found: every check with the library's answer
+// beside room for a strict, independent answer (none is asked yet; a check
+// fails when either answer is no), and the facts a person wants to see.
+#ifndef ZTHOST_VERIFY_VERDICT_H
+#define ZTHOST_VERIFY_VERDICT_H
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <optional>
+#include <vector>
+
+#include "output/report.h"
+
+enum class Answer { NotAsked, Yes, No };
+
+// What a check is about: the signed files, the signature itself, the seal.
+enum class CheckScope { Document, Signature, Seal };
+
+struct Check {
+    QString name;  // "signature", "data hash", "reference Doc_0/Pages/Page_0/Content.xml"
+    CheckScope scope = CheckScope::Signature;
+    Answer library = Answer::NotAsked;  // through the library (or on what it computed)
+    Answer strict = Answer::NotAsked;   // an independent strict check
+    QString problem;  // in plain words, when it failed
+    bool failed() const { return library == Answer::No || strict == Answer::No; }
+};
+
+struct SignatureVerdict {
+    QString document;  // the Signatures.xml it is listed in
+    QString id;
+    QString type;      // "Seal" or "Sign"
+    QString format;    // "GB/T 38540 (v4), version 4", "GM/T 0010 signedData"
+    QString signer;    // the signer certificate's CN
+    QString sealName;
+    QString sealId;
+    QString time;      // ISO 8601 UTC, or as written when unreadable
+    int referencesChecked = 0;
+    int referencesFailed = 0;
+    std::vector<Check> checks;
+    QStringList notes;     // worth knowing, not a failure
+    QByteArray picture;    // the seal's picture, if any
+    QString pictureExtension;
+
+    void add(CheckScope scope, const QString& name, bool passed, const QString& problem = QString());
+    // A check that could not be made: it counts as failed.
+    void fail(CheckScope scope, const QString& name, const QString& problem) { add(scope, name, false, problem); }
+    bool passed(const QString& name) const;
+    // Empty when the scope has no checks; otherwise whether none failed.
+    std::optional<bool> scopePassed(CheckScope scope) const;
+    // The signature's own checks passed, the signature itself among them.
+    bool signatureValid() const;
+    // No check failed, and the signature itself was verified.
+    bool valid() const;
+    QStringList problems() const;
+    Report toReport() const;
+    // scopePassed as JSON: true, false or null.
+    Report scopeReport(CheckScope scope) const;
+    // The block a person reads: facts, the two verdicts, then every problem.
+    QString toText() const;
+};
+
+#endif
