@@ -44,7 +44,8 @@ private:
 
 class Verifier {
 public:
-    Verifier(HostSession& session, const OfdPackage& package) : session_(session), package_(package) {}
+    Verifier(HostSession& session, const OfdPackage& package, const Authorities& authorities)
+        : session_(session), package_(package), authorities_(authorities) {}
 
     SignatureVerdict verify(const OfdDocument& document, const OfdSignatureEntry& entry) {
         SignatureVerdict verdict;
@@ -71,10 +72,11 @@ private:
         const QByteArray value = package_.zip().read(file.signedValuePath, kMaxOfdPartSize);
         const SignedBytes signedBytes{xml, entry.path};
         if (entry.type == QLatin1String("Seal")) {
-            verifySesSignature(session_, readSesSignature(ByteView::of(value)), &signedBytes, QByteArray(), verdict);
+            verifySesSignature(session_, readSesSignature(ByteView::of(value)), &signedBytes, QByteArray(), authorities_,
+                               verdict);
         } else if (entry.type == QLatin1String("Sign")) {
             const QDateTime at = der::timeFromText(file.signatureDateTime.toLatin1());
-            verifySignedData(session_, readSignedData(ByteView::of(value)), signedBytes, at, verdict);
+            verifySignedData(session_, readSignedData(ByteView::of(value)), signedBytes, at, authorities_, verdict);
         } else {
             throw FormatError{QStringLiteral("unknown signature type %1 (neither Seal nor Sign)").arg(entry.type)};
         }
@@ -118,6 +120,7 @@ private:
 
     HostSession& session_;
     const OfdPackage& package_;
+    const Authorities& authorities_;
     qint64 referencedBytes_ = 0;
 };
 
@@ -148,11 +151,11 @@ Report OfdVerdict::toReport(const QString& file) const {
     return report;
 }
 
-OfdVerdict verifyOfd(HostSession& session, const QByteArray& bytes) {
+OfdVerdict verifyOfd(HostSession& session, const QByteArray& bytes, const Authorities& authorities) {
     OfdVerdict verdict;
     try {
         const OfdPackage package(bytes);
-        Verifier verifier(session, package);
+        Verifier verifier(session, package, authorities);
         for (const OfdDocument& document : package.documents()) {
             for (const OfdSignatureEntry& entry : document.signatures)
                 verdict.signatures.push_back(verifier.verify(document, entry));

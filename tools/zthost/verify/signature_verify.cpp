@@ -4,6 +4,7 @@
 #include "readers/der_values.h"
 #include "readers/oid_names.h"
 #include "services/sm3_digest.h"
+#include "verify/chain_check.h"
 #include "verify/signer_checks.h"
 
 namespace {
@@ -43,7 +44,7 @@ void checkSignedContent(HostSession& session, const SignedData& data, const Sign
 }  // namespace
 
 void verifySesSignature(HostSession& session, const SesSignature& signature, const SignedBytes* signedBytes,
-                        const QByteArray& certificate, SignatureVerdict* verdict) {
+                        const QByteArray& certificate, const Authorities& authorities, SignatureVerdict* verdict) {
     verdict->format = QStringLiteral("%1, version %2").arg(QLatin1String(sesLayoutName(signature.layout))).arg(signature.version);
     verdict->time = signature.time.isValid() ? isoTime(signature.time) : QString::fromLatin1(signature.timeText);
     if (signature.extensionCount > 0)
@@ -62,12 +63,13 @@ void verifySesSignature(HostSession& session, const SesSignature& signature, con
         checkSm2Signature(session, CheckScope::Signature, QStringLiteral("signature"), signature.signature.toByteArray(),
                           signer, signature.toBeSigned.toByteArray(), verdict);
         checkSignerCertificate(session, signer, signature.time, verdict);
+        addChainCheck(session, signer, authorities, signature.time, verdict);
     }
     checkEmbeddedSeal(session, signature.seal, signature.time, signer, verdict);
 }
 
 void verifySignedData(HostSession& session, const SignedData& data, const SignedBytes& signedBytes,
-                      const QDateTime& at, SignatureVerdict* verdict) {
+                      const QDateTime& at, const Authorities& authorities, SignatureVerdict* verdict) {
     const bool gm = data.contentType == QLatin1String(oid::kGmSignedData);
     verdict->format = QStringLiteral("%1 signedData%2")
                           .arg(QLatin1String(gm ? "GM/T 0010" : "PKCS #7"))
@@ -96,5 +98,6 @@ void verifySignedData(HostSession& session, const SignedData& data, const Signed
         checkSm2Signature(session, CheckScope::Signature, QStringLiteral("signature"), data.signature.toByteArray(),
                           certificate, data.hasSignedAttributes ? data.signedAttributes : signed_, verdict);
         checkSignerCertificate(session, certificate, at, verdict);
+        addChainCheck(session, certificate, authorities, at, verdict);
     }
 }

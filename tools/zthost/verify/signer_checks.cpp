@@ -7,8 +7,8 @@
 #include "readers/der_values.h"
 #include "readers/oid_names.h"
 #include "services/certificate_view.h"
-#include "services/signature_check.h"
 #include "services/sm3_digest.h"
+#include "verify/sm2_check.h"
 
 namespace {
 
@@ -60,13 +60,7 @@ QString timeRange(const QDateTime& from, const QDateTime& to) {
 
 void checkSm2Signature(HostSession& session, CheckScope scope, const QString& name, const QByteArray& value,
                        const QByteArray& certificate, const QByteArray& data, SignatureVerdict* verdict) {
-    QString note;
-    const bool valid = verifySm2Value(session.library(), value, certificate, data, &note);
-    if (!note.isEmpty() && valid)
-        verdict->notes << QStringLiteral("%1: %2").arg(name, note);
-    verdict->add(scope, name, valid,
-                 note.isEmpty() || valid ? QStringLiteral("the %1 does not verify").arg(name)
-                                         : QStringLiteral("the %1 does not verify: %2").arg(name, note));
+    verdict->add(checkSm2Value(session, scope, name, value, certificate, data));
 }
 
 void checkSignerCertificate(HostSession& session, const QByteArray& certificate, const QDateTime& at,
