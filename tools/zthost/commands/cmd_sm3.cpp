@@ -24,7 +24,7 @@ const char kUsage[] =
     "the exit status is then 1.\n"
     "\n"
     "With -c, each LIST holds lines \"DIGEST  FILE\" (or \"DIGEST *FILE\") as\n"
-    "zthost sm3 or sha256sum write them; every FILE is hashed and reported as\n"
+    "sha256sum (and this command) writes them; every FILE is hashed and shown as\n"
     "\"FILE: OK\" or \"FILE: FAILED\" (\"FAILED open or read\" when it cannot be\n"
     "read), with a warning on standard error that counts the mismatches,\n"
     "unreadable files and malformed lines. Exit status 1 when any file fails.\n"

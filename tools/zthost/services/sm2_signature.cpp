@@ -105,15 +105,3 @@ QByteArray libraryVerificationDer(const ZtLibrary& library, const QByteArray& va
         return QByteArray();
     return der;
 }
-
-QString shortIntegerWarning(const QByteArray& der) {
-    Sm2Integers integers;
-    if (!readSm2Integers(ByteView::of(der), &integers))
-        return QString();
-    const int misread = firstMisreadInteger(integers);
-    if (misread < 0)
-        return QString();
-    return QStringLiteral("%1 is a %2-byte INTEGER; the library reads only 32- or 33-byte values correctly")
-        .arg(QLatin1String(misread == 0 ? "r" : "s"))
-        .arg((misread == 0 ? integers.r : integers.s).content.size());
-}

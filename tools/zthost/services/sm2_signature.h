@@ -28,9 +28,4 @@ QByteArray signatureToDer(const ZtLibrary& library, const QByteArray& value, Sig
 // ZTSM2ConvSignDataTo70Ex. Empty when a conversion refuses.
 QByteArray libraryVerificationDer(const ZtLibrary& library, const QByteArray& value, SignatureForm form);
 
-// The library reads the INTEGERs of the DER form as 32 bytes, or 33 with a
-// sign octet; a minimal encoding of a smaller value comes out wrong. Returns
-// a warning naming such an INTEGER, or empty text.
-QString shortIntegerWarning(const QByteArray& der);
-
 #endif

@@ -10,8 +10,6 @@
 namespace {
 
 const int kRawSize = 64;
-const int kHalf = 32;
-const unsigned char kNegativeLead = 0x80;
 
 // Why the library rejects a signature that verifies, where zthost can tell.
 QString libraryRejectionReason(const QByteArray& value, SignatureForm form, bool libraryHasKey) {
@@ -26,17 +24,6 @@ QString libraryRejectionReason(const QByteArray& value, SignatureForm form, bool
                                   "misreads a signature that verifies")
                 .arg((misread == 0 ? integers.r : integers.s).content.size())
                 .arg(QLatin1String(misread == 0 ? "r" : "s"));
-    }
-    QByteArray rs;
-    QString ignored;
-    if (sm2ValueToRs(value, &rs, &ignored)) {
-        for (int half = 0; half < 2; ++half) {
-            if (static_cast<unsigned char>(rs.at(half * kHalf)) == kNegativeLead)
-                return QStringLiteral("%1 begins with the byte 0x80, which the library's conversion "
-                                      "(ZTSM2ConvSignDataTo70Ex) turns into a negative INTEGER, so it rejects a "
-                                      "signature that verifies")
-                    .arg(QLatin1String(half == 0 ? "r" : "s"));
-        }
     }
     return QStringLiteral("the library rejects this signature; OpenSSL's SM2 verification accepts it");
 }

@@ -125,7 +125,7 @@ QString validText(const std::optional<bool>& passed) {
 }
 
 void line(QString& out, const char* label, const QString& value) {
-    out += QStringLiteral("  %1 %2\n").arg(QLatin1String(label) + QLatin1Char(':'), -12).arg(value);
+    out += QStringLiteral("  %1 %2\n").arg(QLatin1String(label) + QLatin1Char(':'), -13).arg(value);
 }
 
 }  // namespace
