@@ -1,5 +1,6 @@
 #include "verify/signature_verify.h"
 
+#include "crypto/openssl_digest.h"
 #include "host/host_session.h"
 #include "readers/der_values.h"
 #include "readers/oid_names.h"
@@ -24,10 +25,11 @@ bool isSm2(const QString& algorithm) {
 
 void checkDataHash(HostSession& session, const QByteArray& expected, const SignedBytes& signedBytes,
                    SignatureVerdict* verdict) {
-    verdict->add(CheckScope::Signature, QStringLiteral("data hash"),
-                 sm3Digest(session.library(), signedBytes.bytes) == expected,
-                 QStringLiteral("the signed data hash is not the SM3 of %1 (changed after signing, or signed for another file)")
-                     .arg(signedBytes.name));
+    verdict->add(sm3Check(CheckScope::Signature, QStringLiteral("data hash"),
+                          sm3Digest(session.library(), signedBytes.bytes) == expected,
+                          openSslSm3(signedBytes.bytes) == expected,
+                          QStringLiteral("the signed data hash is not the SM3 of %1 (changed after signing, or signed "
+                                         "for another file)").arg(signedBytes.name)));
 }
 
 // The content a signedData carries must be the signed file or its SM3.
@@ -36,9 +38,11 @@ void checkSignedContent(HostSession& session, const SignedData& data, const Sign
     if (!data.hasContent)
         return;
     const QByteArray content = data.content.toByteArray();
-    verdict->add(CheckScope::Signature, QStringLiteral("signed content"),
-                 content == signedBytes.bytes || content == sm3Digest(session.library(), signedBytes.bytes),
-                 QStringLiteral("the signed content is neither %1 nor its SM3 digest").arg(signedBytes.name));
+    const bool whole = content == signedBytes.bytes;
+    verdict->add(sm3Check(CheckScope::Signature, QStringLiteral("signed content"),
+                          whole || content == sm3Digest(session.library(), signedBytes.bytes),
+                          whole || content == openSslSm3(signedBytes.bytes),
+                          QStringLiteral("the signed content is neither %1 nor its SM3 digest").arg(signedBytes.name)));
 }
 
 }  // namespace
@@ -81,10 +85,13 @@ void verifySignedData(HostSession& session, const SignedData& data, const Signed
     checkSignedContent(session, data, signedBytes, verdict);
     const QByteArray signed_ = data.hasContent ? data.content.toByteArray() : signedBytes.bytes;
     if (data.hasSignedAttributes) {
-        verdict->add(CheckScope::Signature, QStringLiteral("message digest"),
-                     data.hasMessageDigest && data.messageDigest.toByteArray() == sm3Digest(session.library(), signed_),
-                     data.hasMessageDigest ? QStringLiteral("the messageDigest attribute is not the SM3 of the signed content")
-                                           : QStringLiteral("the signed attributes hold no messageDigest"));
+        const QByteArray digest = data.messageDigest.toByteArray();
+        verdict->add(sm3Check(CheckScope::Signature, QStringLiteral("message digest"),
+                              data.hasMessageDigest && digest == sm3Digest(session.library(), signed_),
+                              data.hasMessageDigest && digest == openSslSm3(signed_),
+                              data.hasMessageDigest
+                                  ? QStringLiteral("the messageDigest attribute is not the SM3 of the signed content")
+                                  : QStringLiteral("the signed attributes hold no messageDigest")));
     }
     const QByteArray certificate = signerCertificate(data).toByteArray();
     if (certificate.isEmpty()) {

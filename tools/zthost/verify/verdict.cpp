@@ -12,6 +12,17 @@ Answer answerOf(bool yes) {
     return yes ? Answer::Yes : Answer::No;
 }
 
+Check sm3Check(CheckScope scope, const QString& name, bool libraryMatches, bool strictMatches, const QString& problem) {
+    Check check;
+    check.scope = scope;
+    check.name = name;
+    check.library = answerOf(libraryMatches);
+    check.strict = answerOf(strictMatches);
+    check.problem = problem;
+    check.disagreement = QStringLiteral("the library's SM3 of the same bytes differs from OpenSSL's");
+    return check;
+}
+
 Report checkReport(const Check& check) {
     return Report::object()
         .set("check", check.name)

@@ -36,6 +36,10 @@ struct Check {
     }
 };
 
+// A comparison with a digest made twice, by the library's SM3 and by
+// OpenSSL's: `libraryMatches` and `strictMatches` say whether each matched.
+Check sm3Check(CheckScope scope, const QString& name, bool libraryMatches, bool strictMatches, const QString& problem);
+
 // {check, library, strict, disagreement}: answers true, false or null.
 Report checkReport(const Check& check);
 
