@@ -15,6 +15,8 @@
 #   bundle.pem              root and intermediate in one file
 #   leaf-under-leaf.pem     a certificate issued by the leaf (no CA)
 #   rsa-root.pem, rsa-leaf.pem   RSA root and signer (SHA-256)
+#   version1-expired.pem    a version-1 certificate (no extensions) of the
+#                           key examples/sm2.key, valid in 2000 only
 set -euo pipefail
 cd "$(dirname "$0")"
 ex=../../../examples
@@ -69,22 +71,18 @@ subjectAltName = DNS:seal.example.cn, email:signer@example.cn
 CNF
 
 # issue KEY DIGEST SUBJECT START END EXTENSIONS OUT [ISSUER_CERT ISSUER_KEY]
+# Self-signed without an issuer; EXTENSIONS "" makes a version-1 certificate.
 issue() {
   local key=$1 md=$2 subject=$3 start=$4 end=$5 extensions=$6 out=$7
   : > "$work/ca/index.txt"
   openssl rand -hex 8 > "$work/ca/serial"
-  local sigopt=()
-  [ "$md" = sm3 ] && sigopt=(-sigopt "distid:$ID")
+  local options=(-selfsign -keyfile "$key")
+  [ $# -gt 7 ] && options=(-cert "$8" -keyfile "$9")
+  [ "$md" = sm3 ] && options+=(-sigopt "distid:$ID")
+  [ -n "$extensions" ] && options+=(-extensions "$extensions")
   openssl req -new -key "$key" -"$md" -subj "$subject" -config "$work/ca.cnf" -out "$work/req.csr"
-  if [ $# -gt 7 ]; then
-    openssl ca -batch -config "$work/ca.cnf" -cert "$8" -keyfile "$9" -md "$md" "${sigopt[@]}" \
-      -in "$work/req.csr" -startdate "$start" -enddate "$end" -extensions "$extensions" -notext \
-      -utf8 -out "$out" 2>/dev/null
-  else
-    openssl ca -batch -config "$work/ca.cnf" -selfsign -keyfile "$key" -md "$md" "${sigopt[@]}" \
-      -in "$work/req.csr" -startdate "$start" -enddate "$end" -extensions "$extensions" -notext \
-      -utf8 -out "$out" 2>/dev/null
-  fi
+  openssl ca -batch -config "$work/ca.cnf" "${options[@]}" -md "$md" -in "$work/req.csr" \
+    -startdate "$start" -enddate "$end" -notext -utf8 -out "$out" 2>/dev/null
 }
 
 sm2_key "$work/root.key"
@@ -103,6 +101,7 @@ issue "$work/intermediate.key" sm3 "/C=CN/O=ZTUtil Test/CN=Test Intermediate CA"
   intermediate expired-intermediate.pem root.pem "$work/root.key"
 issue "$work/wrong.key" sm3 "/C=CN/O=ZTUtil Test/CN=Below The Leaf" 240101000000Z 491231235959Z \
   leaf leaf-under-leaf.pem leaf.pem leaf.key
+issue "$ex/sm2.key" sm3 "/CN=Version One Signer" 000101000000Z 010101000000Z "" version1-expired.pem
 cat root.pem intermediate.pem > bundle.pem
 
 openssl x509 -in leaf.pem -noout -fingerprint -sha256 > leaf.fingerprints

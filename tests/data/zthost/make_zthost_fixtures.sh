@@ -6,9 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 ex=../../../examples
 # shellcheck source=../../../examples/ses_genconf.sh
-source "$ex/ses_genconf.sh"  # sm2_sign, sm2_sign_short
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$ex/ses_genconf.sh"  # sm2_sign_short
 
 hex() { od -An -v -tx1 | tr -d ' \n'; }
 
@@ -85,30 +83,3 @@ tail -c 65 sm2-pub.der > sm2-pub.point65
 tail -c 64 sm2-pub.der | hex > sm2-pub.point64.hex
 { printf '\0\1\0\0'; head -c 32 /dev/zero; tail -c 64 sm2-pub.der | head -c 32
   head -c 32 /dev/zero; tail -c 32 sm2-pub.der; } > sm2-pub.record132
-
-# A version-1 certificate of the signer's key (no extensions), valid in
-# 2000 only: the library finds neither its times nor its key.
-mkdir -p "$work/ca"
-: > "$work/ca/index.txt"
-echo 1006 > "$work/ca/serial"
-cat > "$work/ca.cnf" <<CNF
-[ca]
-default_ca = v1
-[v1]
-dir = $work/ca
-database = \$dir/index.txt
-new_certs_dir = \$dir
-serial = \$dir/serial
-policy = names
-[names]
-commonName = supplied
-[req]
-distinguished_name = dn
-prompt = no
-[dn]
-CN = unused
-CNF
-openssl req -new -key "$ex/sm2.key" -sm3 -subj "/CN=Version One Signer" -config "$work/ca.cnf" -out "$work/v1.csr"
-openssl ca -batch -config "$work/ca.cnf" -selfsign -keyfile "$ex/sm2.key" -md sm3 -sigopt distid:1234567812345678 \
-  -in "$work/v1.csr" -startdate 000101000000Z -enddate 010101000000Z -notext -out "$work/v1.pem" 2>/dev/null
-openssl x509 -in "$work/v1.pem" -outform DER -out sm2-v1-expired.der
