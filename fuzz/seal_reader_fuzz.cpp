@@ -1,7 +1,8 @@
 // zthost's readers of seals, seal signatures and signedData on arbitrary
 // bytes. Beyond not crashing: every part a reader hands out is a view into
 // the input, the to-be-signed part starts right inside the outer SEQUENCE,
-// and a v4 seal's signed bytes are its seal information as it stands.
+// and a v4 seal's signed bytes are its seal information as it stands; a
+// certificate's signed part holds its names.
 #include <cstdint>
 
 #include "readers/certificate_fields.h"
@@ -58,6 +59,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     attempt([&] {
         const CertificateFields fields = readCertificateFields(input);
         check(input.contains(fields.issuer) && input.contains(fields.serialNumber));
+        check(fields.toBeSigned.contains(fields.subject) && input.contains(fields.signatureValue));
+        // Every attribute shows as at least "T=".
+        check(nameText(fields.subjectAttributes).size() >= 2 * int(fields.subjectAttributes.size()));
     });
     return 0;
 }

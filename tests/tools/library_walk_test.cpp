@@ -15,9 +15,6 @@
 #include "host/host_session.h"
 #include "services/asn_tree.h"
 #include "services/certificate_input.h"
-#include "readers/ofd_package.h"
-#include "readers/ses_signature.h"
-#include "services/signature_check.h"
 #include "services/sm2_signature.h"
 #include "support/qt_printers.h"
 #include "tools/tool_support.h"
@@ -130,23 +127,6 @@ TEST_F(LibraryWalk, SignatureFormsAgreeWithOpenSslDer) {
         EXPECT_EQ(wide.left(32) + wide.mid(64, 32), QByteArray(64, '\0'));
         EXPECT_EQ(signatureToDer(library, wide, SignatureForm::Bytes128), der);
     }
-}
-
-// A DER signature with an INTEGER shorter than 32 bytes (openssl made it):
-// the library misreads it, and zthost passes it as r || s instead.
-TEST_F(LibraryWalk, ShortIntegerSignaturesVerifyOnlyAsRawValues) {
-    const QByteArray bytes = ofdData("short-integer.ofd");
-    const OfdPackage package(bytes);
-    const QByteArray value = package.zip().read(QStringLiteral("Doc_0/Signs/Sign_0/SignedValue.dat"), kMaxOfdPartSize);
-    const SesSignature signature = readSesSignature(ByteView::of(value));
-    const QByteArray sig = signature.signature.toByteArray();
-    const QByteArray cert = signature.certificate.toByteArray();
-    const QByteArray tbs = signature.toBeSigned.toByteArray();
-    EXPECT_FALSE(shortIntegerWarning(sig).isEmpty());
-    EXPECT_FALSE(verifySm2(session_.library(), sig, SignatureForm::Der, cert, tbs));
-    QString note;
-    EXPECT_TRUE(verifySm2Value(session_.library(), sig, cert, tbs, &note));
-    EXPECT_TRUE(note.contains(QLatin1String("short INTEGER")));
 }
 
 }  // namespace

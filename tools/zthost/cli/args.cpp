@@ -6,7 +6,7 @@ namespace {
 
 const OptionSpec* findOption(std::initializer_list<OptionSpec> options, const QString& name) {
     for (const OptionSpec& option : options) {
-        if (name == QLatin1String(option.name))
+        if (name == QLatin1String(option.name) || (option.alias != nullptr && name == QLatin1String(option.alias)))
             return &option;
     }
     return nullptr;
@@ -33,16 +33,17 @@ Args::Args(const QStringList& args, const char* usage, std::initializer_list<Opt
         const OptionSpec* option = findOption(options, name);
         if (option == nullptr)
             throw UsageError(QStringLiteral("unknown option %1").arg(name));
+        QStringList& given = values_[QLatin1String(option->name)];
         if (!option->takesValue) {
             if (equals >= 0)
                 throw UsageError(QStringLiteral("%1 takes no value").arg(name));
-            values_.insert(name, QString());
+            given.append(QString());
             continue;
         }
         if (equals >= 0) {
-            values_.insert(name, arg.mid(equals + 1));
+            given.append(arg.mid(equals + 1));
         } else if (i + 1 < args.size()) {
-            values_.insert(name, args.at(++i));
+            given.append(args.at(++i));
         } else {
             throw UsageError(QStringLiteral("%1 needs a value").arg(name));
         }
@@ -54,7 +55,12 @@ bool Args::has(const char* name) const {
 }
 
 QString Args::value(const char* name, const QString& fallback) const {
-    return values_.value(QLatin1String(name), fallback);
+    const QStringList given = values(name);
+    return given.isEmpty() ? fallback : given.last();
+}
+
+QStringList Args::values(const char* name) const {
+    return values_.value(QLatin1String(name));
 }
 
 QString Args::required(const char* name) const {

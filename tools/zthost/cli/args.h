@@ -11,6 +11,7 @@
 struct OptionSpec {
     const char* name;  // "--key-hex", "-o"
     bool takesValue;
+    const char* alias = nullptr;  // another spelling ("-in" for "--data")
 };
 
 class Args {
@@ -18,11 +19,15 @@ public:
     // Parses `args` against `options` (plus --help and -h, which throw a
     // HelpRequest carrying `usage`). "--name=value" is accepted for options
     // with a value, "--" ends the options and "-" is a positional argument.
-    // Unknown options and missing values throw UsageError.
+    // An alias counts as its option's name. Unknown options and missing
+    // values throw UsageError.
     Args(const QStringList& args, const char* usage, std::initializer_list<OptionSpec> options);
 
     bool has(const char* name) const;
+    // The last value given (options may be repeated).
     QString value(const char* name, const QString& fallback = QString()) const;
+    // Every value given, in order.
+    QStringList values(const char* name) const;
     // The value of an option that must be given.
     QString required(const char* name) const;
 
@@ -32,7 +37,7 @@ public:
     void expectPositionalsBetween(int least, int most, const char* what) const;
 
 private:
-    QHash<QString, QString> values_;
+    QHash<QString, QStringList> values_;
     QStringList positionals_;
 };
 

@@ -3,9 +3,12 @@
 #include <QFile>
 #include <QFileInfo>
 #include <cstdio>
+#include <limits>
+#include <vector>
 
 #include "cli/cli.h"
 #include "output/console.h"
+#include "output/progress.h"
 
 namespace input {
 namespace {
@@ -14,20 +17,40 @@ namespace {
     throw CommandFailure(kExitFailed, QStringLiteral("%1: %2").arg(displayName(path), reason));
 }
 
-QByteArray readOpened(QFile& file, const QString& path) {
-    QByteArray content;
-    char chunk[65536];
-    for (;;) {
-        const qint64 count = file.read(chunk, sizeof chunk);
-        if (count < 0)
+const int kChunkSize = 65536;
+
+[[noreturn]] void failTooLarge(const QString& path, qint64 limit) {
+    fail(path, QStringLiteral("larger than %1 bytes").arg(limit));
+}
+
+// Opens `path` ("-": standard input) for reading; a regular file larger
+// than `limit` is refused before anything is read. The size is -1 when it
+// is not known in advance.
+void openInput(QFile& file, const QString& path, qint64 limit, qint64* size) {
+    *size = -1;
+    if (path == QLatin1String("-")) {
+        if (!file.open(stdin, QIODevice::ReadOnly))
             fail(path, file.errorString());
-        if (count == 0)
-            break;
-        if (content.size() + count > kMaxInputSize)
-            fail(path, QStringLiteral("larger than %1 bytes").arg(kMaxInputSize));
-        content.append(chunk, static_cast<int>(count));
+        return;
     }
-    return content;
+    const QFileInfo info(path);
+    if (info.isDir())
+        fail(path, QStringLiteral("is a directory"));
+    if (info.isFile()) {
+        *size = info.size();
+        if (*size > limit)
+            failTooLarge(path, limit);
+    }
+    file.setFileName(path);
+    if (!file.open(QIODevice::ReadOnly))
+        fail(path, file.errorString());
+}
+
+qint64 readChunk(QFile& file, const QString& path, char* chunk) {
+    const qint64 count = file.read(chunk, kChunkSize);
+    if (count < 0)
+        fail(path, file.errorString());
+    return count;
 }
 
 bool isBlank(char c) {
@@ -50,19 +73,32 @@ QString displayName(const QString& path) {
     return path == QLatin1String("-") ? QStringLiteral("standard input") : path;
 }
 
-QByteArray readFile(const QString& path) {
+QByteArray readFile(const QString& path, qint64 limit) {
     QFile file;
-    if (path == QLatin1String("-")) {
-        if (!file.open(stdin, QIODevice::ReadOnly))
-            fail(path, file.errorString());
-        return readOpened(file, path);
+    qint64 size = -1;
+    openInput(file, path, limit, &size);
+    QByteArray content;
+    if (size > 0)
+        content.reserve(int(size));
+    std::vector<char> chunk(kChunkSize);
+    while (const qint64 count = readChunk(file, path, chunk.data())) {
+        if (content.size() + count > limit)
+            failTooLarge(path, limit);
+        content.append(chunk.data(), int(count));
     }
-    if (QFileInfo(path).isDir())
-        fail(path, QStringLiteral("is a directory"));
-    file.setFileName(path);
-    if (!file.open(QIODevice::ReadOnly))
-        fail(path, file.errorString());
-    return readOpened(file, path);
+    return content;
+}
+
+void readChunksWith(const QString& path, const QString& label, ChunkConsumer consumer, void* state) {
+    QFile file;
+    qint64 size = -1;
+    openInput(file, path, std::numeric_limits<qint64>::max(), &size);
+    Progress progress(label, size);
+    std::vector<char> chunk(kChunkSize);
+    while (const qint64 count = readChunk(file, path, chunk.data())) {
+        consumer(state, chunk.data(), int(count));
+        progress.advance(count);
+    }
 }
 
 void writeFile(const QString& path, const QByteArray& bytes) {
@@ -131,7 +167,10 @@ const char* encodingName(Encoding encoding) {
 }
 
 QByteArray readByteValue(const QString& path, Encoding* encoding) {
-    const QByteArray content = readFile(path);
+    return decodeByteValue(readFile(path, kMaxValueSize), path, encoding);
+}
+
+QByteArray decodeByteValue(const QByteArray& content, const QString& path, Encoding* encoding) {
     if (content.isEmpty())
         fail(path, QStringLiteral("empty file"));
     Encoding found = Encoding::Raw;

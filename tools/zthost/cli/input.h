@@ -10,10 +10,22 @@ namespace input {
 
 // Files larger than this are refused (the library takes int lengths).
 constexpr qint64 kMaxInputSize = qint64(512) * 1024 * 1024;
+// Certificates, keys and signature values are small; larger files are no
+// such thing.
+constexpr qint64 kMaxValueSize = qint64(16) * 1024 * 1024;
 
-// The whole content of `path`, "-" being standard input. Throws
-// CommandFailure (status 1) with "PATH: reason" when it cannot be read.
-QByteArray readFile(const QString& path);
+// The whole content of `path`, "-" being standard input. A file whose size
+// exceeds `limit` is refused before it is read (a pipe when it has sent
+// more). Throws CommandFailure (status 1) with "PATH: reason" when it cannot
+// be read.
+QByteArray readFile(const QString& path, qint64 limit = kMaxInputSize);
+
+// Reads `path` ("-": standard input) in pieces of up to 64 KiB and hands
+// each to `consume`, without a size limit; `label` names the work in the
+// progress line standard error shows when it is a terminal and the reading
+// takes more than a second. Throws CommandFailure as readFile does.
+template <typename Consume>
+void readChunks(const QString& path, const QString& label, Consume consume);
 
 // "standard input" for "-", the path otherwise.
 QString displayName(const QString& path);
@@ -38,6 +50,19 @@ const char* encodingName(Encoding encoding);
 // A byte value (a signature, a digest) from `path`: raw bytes, or, when the
 // file is text, hex or else strict standard Base64. Throws CommandFailure.
 QByteArray readByteValue(const QString& path, Encoding* encoding = nullptr);
+// The same on `content` already read from `path`.
+QByteArray decodeByteValue(const QByteArray& content, const QString& path, Encoding* encoding = nullptr);
+
+// The type-erased reader behind readChunks.
+using ChunkConsumer = void (*)(void* state, const char* data, int size);
+void readChunksWith(const QString& path, const QString& label, ChunkConsumer consumer, void* state);
+
+template <typename Consume>
+void readChunks(const QString& path, const QString& label, Consume consume) {
+    readChunksWith(path, label,
+                   [](void* state, const char* data, int size) { (*static_cast<Consume*>(state))(data, size); },
+                   &consume);
+}
 
 }  // namespace input
 

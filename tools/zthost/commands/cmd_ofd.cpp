@@ -7,12 +7,13 @@
 #include "cli/input.h"
 #include "output/console.h"
 #include "output/report.h"
+#include "services/certificate_input.h"
 #include "verify/ofd_verify.h"
 
 namespace {
 
 const char kUsage[] =
-    "usage: zthost ofd verify [--json] [--extract-seals DIR] FILE.ofd\n"
+    "usage: zthost ofd verify [--json] [--extract-seals DIR] [--ca FILE]... FILE.ofd\n"
     "\n"
     "Verifies every signature of an OFD document end to end: OFD.xml, each\n"
     "document's Signatures.xml, every Signature.xml. For each signature it\n"
@@ -25,8 +26,12 @@ const char kUsage[] =
     "        inside it, and the seal inside must carry a valid maker signature,\n"
     "        be valid at the signing time and list the signer\n"
     "  Sign  a GM/T 0010 (or PKCS #7) SM2 signedData over Signature.xml\n"
-    "Signatures are verified with ZTVerifyTools::VerifySignatureValue and\n"
-    "certificates read with ZTCertificate. What the package may make zthost\n"
+    "Signatures are verified with ZTVerifyTools::VerifySignatureValue, and\n"
+    "strictly with OpenSSL's SM2, whose answer decides (a line says why where\n"
+    "the library answers otherwise); certificates are read with ZTCertificate.\n"
+    "With --ca every signer's certificate must have a path to a root among the\n"
+    "given certificates, valid at the signing time; without it the output says\n"
+    "that no root was checked. What the package may make zthost\n"
     "read is bounded (16 MiB per XML file or signed value, 1 GiB per\n"
     "referenced file); paths that leave the package are refused.\n"
     "Exit status 0: every signature is valid; 1: one is not, or the file is no\n"
@@ -34,6 +39,8 @@ const char kUsage[] =
     "\n"
     "options:\n"
     "  --json               print {valid, signatures: [...], problems} as JSON\n"
+    "  --ca FILE            a trusted root or intermediate certificate\n"
+    "                       (repeatable; a PEM file may hold several)\n"
     "  --extract-seals DIR  write each seal's picture to DIR as\n"
     "                       signature-N.EXT (EXT from the picture's type)\n"
     "\n"
@@ -71,11 +78,11 @@ void printText(const QString& file, const OfdVerdict& verdict) {
 }
 
 int runVerify(Context& context, const QStringList& arguments) {
-    const Args args(arguments, kUsage, {{"--json", false}, {"--extract-seals", true}});
+    const Args args(arguments, kUsage, {{"--json", false}, {"--extract-seals", true}, {"--ca", true}});
     args.expectPositionals(1, "OFD file");
     const QString path = args.positionals().at(0);
     const QByteArray bytes = input::readFile(path);
-    const OfdVerdict verdict = verifyOfd(context.session(), bytes);
+    const OfdVerdict verdict = verifyOfd(context.session(), bytes, readAuthorities(context.session(), args.values("--ca")));
     if (args.has("--extract-seals"))
         extractSeals(args.value("--extract-seals"), verdict);
     if (args.has("--json"))

@@ -14,7 +14,8 @@ const char kUsage[] =
     "  verify   take a complete structure apart and verify its signature\n"
     "           (see zthost seal verify --help)\n"
     "  show     an electronic seal on its own, its maker signature verified\n"
-    "           (see zthost seal show --help)\n";
+    "           (see zthost seal show --help)\n"
+    "Each subcommand takes --json to print its result as JSON.\n";
 
 int runSeal(Context& context, const QStringList& arguments) {
     if (arguments.isEmpty())

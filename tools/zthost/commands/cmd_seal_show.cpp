@@ -39,7 +39,7 @@ QString makerName(HostSession& session, const ByteView& certificate, QString* va
     try {
         const CertificateView view(session, certificate.toByteArray(), QStringLiteral("the maker certificate"));
         *validity = view.validityDigits();
-        return textFromLibrary(view.text("getSubjectCN"));
+        return view.name("getSubjectCN");
     } catch (const CommandFailure& failure) {
         return failure.message;
     }

@@ -11,13 +11,13 @@
 #include "readers/oid_names.h"
 #include "readers/ses_signature.h"
 #include "services/certificate_input.h"
-#include "services/signature_check.h"
 #include "verify/signature_verify.h"
+#include "verify/validity_check.h"
 
 namespace {
 
 const char kUsage[] =
-    "usage: zthost seal verify [--doc FILE] [--cert FILE] [--json] FILE\n"
+    "usage: zthost seal verify [--doc FILE] [--cert FILE] [--ca FILE]... [--json] FILE\n"
     "\n"
     "Reads a complete seal signature: GB/T 38540 (v4: the signer certificate\n"
     "and algorithm beside the to-be-signed part, optional extension data and\n"
@@ -28,13 +28,20 @@ const char kUsage[] =
     "(ZTVerifyTools::VerifySignatureValue, user ID 1234567812345678; r || s\n"
     "or DER), the signer certificate's validity at the signing time, and the\n"
     "seal inside: its maker's signature, its validity period and that it\n"
-    "lists the signer. Every check is reported.\n"
+    "lists the signer. Every check is reported. Each SM2 signature is also\n"
+    "verified strictly with OpenSSL's SM2, whose answer decides; where the\n"
+    "library answers otherwise (it misreads DER INTEGERs shorter than 32\n"
+    "bytes, for one), a line says why. With --ca the signer's certificate\n"
+    "must have a path to a root among the given certificates, valid at the\n"
+    "signing time; without it the output says that no root was checked.\n"
     "Exit status 0: every check passed; 1: one did not, or FILE is no seal\n"
     "signature.\n"
     "\n"
     "options:\n"
     "  --doc FILE    also check that the data hash is the SM3 of FILE\n"
-    "  --cert FILE   verify against this certificate instead of the embedded one\n"
+    "  --cert FILE, -cert FILE\n"
+    "                verify against this certificate instead of the embedded one\n"
+    "  --ca FILE     a trusted root or intermediate certificate (repeatable)\n"
     "  --json        print the fields and results as JSON\n"
     "\n"
     "example:\n"
@@ -46,7 +53,7 @@ QString printable(const ByteView& bytes) {
 }
 
 int runVerify(Context& context, const QStringList& arguments) {
-    const Args args(arguments, kUsage, {{"--doc", true}, {"--cert", true}, {"--json", false}});
+    const Args args(arguments, kUsage, {{"--doc", true}, {"--cert", true, "-cert"}, {"--ca", true}, {"--json", false}});
     args.expectPositionals(1, "seal signature file");
     const QString path = args.positionals().at(0);
     const QString source = input::displayName(path);
@@ -59,7 +66,8 @@ int runVerify(Context& context, const QStringList& arguments) {
         document = SignedBytes{input::readFile(args.value("--doc")), input::displayName(args.value("--doc"))};
     SignatureVerdict verdict;
     verdict.type = QStringLiteral("Seal");
-    verifySesSignature(session, signature, args.has("--doc") ? &document : nullptr, certificate, &verdict);
+    const std::vector<QByteArray> authorities = readAuthorities(session, args.values("--ca"));
+    verifySesSignature(session, signature, args.has("--doc") ? &document : nullptr, certificate, authorities, &verdict);
 
     Report report = Report::object();
     report.set("file", path);
@@ -71,7 +79,8 @@ int runVerify(Context& context, const QStringList& arguments) {
     report.set("certificate_source", args.has("--cert") ? args.value("--cert") : QStringLiteral("the structure"));
     report.set("signer", verdict.signer);
     report.set("signer_valid_now",
-               certificateValidNow(session.library(), certificate.isEmpty() ? signature.certificate.toByteArray() : certificate));
+               checkValidityNow(session, certificate.isEmpty() ? signature.certificate.toByteArray() : certificate)
+                   .check.passed());
     report.set("to_be_signed_bytes", signature.toBeSigned.size());
     report.set("signature_bytes", signature.signature.size());
     report.set("seal_name", verdict.sealName);
@@ -89,6 +98,12 @@ int runVerify(Context& context, const QStringList& arguments) {
     for (const QString& note : verdict.notes)
         notes.append(Report::text(note));
     report.set("notes", notes);
+    if (!verdict.disagreements().isEmpty() || args.has("--json")) {
+        Report disagreements = Report::array();
+        for (const QString& disagreement : verdict.disagreements())
+            disagreements.append(Report::text(disagreement));
+        report.set("disagreements", disagreements);
+    }
     printReport(report, args.has("--json"));
     if (!verdict.valid())
         console::error(QStringLiteral("seal verify: %1 does not verify").arg(source));

@@ -4,7 +4,7 @@
 #include "verify/ofd_verify.h"
 
 void demoOfd(DemoRun& run) {
-    const OfdVerdict verdict = verifyOfd(run.session(), run.readExample("invoice.ofd"));
+    const OfdVerdict verdict = verifyOfd(run.session(), run.readExample("invoice.ofd"), {});
     for (const QString& problem : verdict.problems)
         run.check(false, problem);
     for (const SignatureVerdict& signature : verdict.signatures) {

@@ -37,6 +37,8 @@ const SymbolEntry kSymbols[] = {
     {Symbol::Utf8ToUnicode, "text conversion", {"code_utf8_to_unicode"}},
     {Symbol::Utf8ToGbk, "text conversion", {"code_utf8_to_gbk"}},
     {Symbol::UniToOem, "text conversion", {"ff_uni2oem"}},
+    {Symbol::Sm3WithSm2, "SM2", {"ztutil_sm3_with_sm2"}},
+    {Symbol::Sm2Verify, "SM2", {"SM2Verify"}},
     {Symbol::RsaVerify, "RSA verification", {"RsaVerify"}},
     {Symbol::VerifySignatureValue,
      "verification tools",
@@ -56,6 +58,12 @@ const SymbolEntry kSymbols[] = {
     {Symbol::SignData64ToAsnData,
      "verification tools",
      {"_ZN13ZTVerifyTools24ZTSM2SignData64ToASNDataEPhjPj"}},
+    {Symbol::SignDataTo70Ex,
+     "verification tools",
+     {"_ZN13ZTVerifyTools23ZTSM2ConvSignDataTo70ExEPhjS0_Pj"}},
+    {Symbol::GetPubKeyByCert,
+     "verification tools",
+     {"_ZN13ZTVerifyTools17ZTGetPubKeyByCertEPhjS0_Pj"}},
 };
 
 const SymbolEntry& entryOf(Symbol symbol) {

@@ -46,6 +46,9 @@ using GbkToUtf8 = int (*)(const char*, char*, int);
 using Utf8ToUnicode = int (*)(const char*, unsigned int*, int);
 using Utf8ToGbk = int (*)(const char*, char*);
 using UniToOem = unsigned short (*)(unsigned int, unsigned short);
+// SM2.
+using Sm3WithSm2 = int (*)(unsigned char*, int, unsigned char*, int, const char*, int, unsigned char*);
+using Sm2Verify = int (*)(unsigned char*, unsigned int, unsigned char*, unsigned int, unsigned char*, unsigned int);
 // RSA.
 using RsaVerify = int (*)(unsigned char*, unsigned int, unsigned char*, unsigned int,
                           unsigned char*, unsigned int);
@@ -55,6 +58,8 @@ using VerifySignatureValue = int (*)(QByteArray, QByteArray, QByteArray, int);
 using VerifyCertValidity = int (*)(QByteArray);
 using ConvertSignData = int (*)(unsigned char*, unsigned int, unsigned char*, unsigned int);
 using SignData64ToAsn = unsigned char* (*)(unsigned char*, unsigned int, unsigned int*);
+using SignDataTo70Ex = int (*)(unsigned char*, unsigned int, unsigned char*, unsigned int*);
+using GetPubKeyByCert = int (*)(unsigned char*, unsigned int, unsigned char*, unsigned int*);
 }  // namespace fn
 
 enum class Symbol {
@@ -80,12 +85,16 @@ enum class Symbol {
     Utf8ToUnicode,
     Utf8ToGbk,
     UniToOem,
+    Sm3WithSm2,
+    Sm2Verify,
     RsaVerify,
     VerifySignatureValue,
     VerifyCertValidity,
     ConvertSignDataTo64,
     ConvertSignDataTo128,
     SignData64ToAsnData,
+    SignDataTo70Ex,
+    GetPubKeyByCert,
 };
 
 // The address of `symbol` in the loaded library, or null when this build of

@@ -10,6 +10,7 @@ namespace {
 
 FILE* results = stdout;
 bool libraryMessagesShown = false;
+bool written = false;
 
 // Debug and info lines come from the library; warnings and worse from Qt
 // itself (a failed invocation, a missing codec) and are always shown.
@@ -50,17 +51,20 @@ void setUp(bool showLibraryMessages) {
 }
 
 void print(const QString& text) {
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), results);
+    writeBytes(text.toUtf8());
 }
 
 void printLine(const QString& text) {
-    print(text);
-    std::fputc('\n', results);
+    writeBytes(text.toUtf8() + '\n');
 }
 
 void writeBytes(const QByteArray& bytes) {
+    written = written || !bytes.isEmpty();
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), results);
+}
+
+bool resultsWritten() {
+    return written;
 }
 
 bool flushResults() {

@@ -22,6 +22,8 @@ void print(const QString& text);      // as UTF-8, no newline added
 void printLine(const QString& text);  // adds "\n"
 void writeBytes(const QByteArray& bytes);
 bool flushResults();  // false when writing failed (a closed pipe, a full disk)
+// True once anything was written to the results stream.
+bool resultsWritten();
 
 // One line on standard error: "zthost: <text>".
 void error(const QString& text);

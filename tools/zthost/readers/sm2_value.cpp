@@ -45,6 +45,28 @@ bool sm2DerTo64(const ByteView& value, QByteArray* raw) {
     return true;
 }
 
+bool sm2ValueToRs(const QByteArray& value, QByteArray* rs, QString* problem) {
+    const int kRawSize = 2 * kHalf;
+    const int kWideSize = 4 * kHalf;
+    if (value.size() == kRawSize) {
+        *rs = value;
+        return true;
+    }
+    if (value.size() == kWideSize) {
+        if (value.left(kHalf).count('\0') != kHalf || value.mid(2 * kHalf, kHalf).count('\0') != kHalf) {
+            *problem = QStringLiteral("the 128-byte signature's padding is not zero");
+            return false;
+        }
+        *rs = value.mid(kHalf, kHalf) + value.right(kHalf);
+        return true;
+    }
+    if (!sm2DerTo64(ByteView::of(value), rs)) {
+        *problem = QStringLiteral("the signature is neither r || s nor DER with two INTEGERs of up to 32 bytes");
+        return false;
+    }
+    return true;
+}
+
 int firstMisreadInteger(const Sm2Integers& integers) {
     const int sizes[] = {integers.r.content.size(), integers.s.content.size()};
     for (int i = 0; i < 2; ++i) {

@@ -33,9 +33,9 @@ bool isBase64Text(const QByteArray& compact) {
 // Base64 body with all white space removed. GetCertByteArray strips the
 // markers but hands line breaks to the lenient Base64 decoder, which reads
 // each of them as padding and so corrupts everything after the first line:
-// the body must reach it without any.
-QByteArray compactPemBlock(const QByteArray& text, const QString& path) {
-    const int begin = text.indexOf(kPemBegin);
+// the body must reach it without any. `from` is where to look for the block.
+QByteArray compactPemBlock(const QByteArray& text, const QString& path, int from = 0) {
+    const int begin = text.indexOf(kPemBegin, from);
     const int bodyStart = begin + int(sizeof kPemBegin) - 1;
     const int end = begin < 0 ? -1 : text.indexOf(kPemEnd, bodyStart);
     if (begin < 0 || end < 0)
@@ -53,21 +53,9 @@ QByteArray derFromText(HostSession& session, const QByteArray& text, const QStri
     return der;
 }
 
-}  // namespace
-
-const char* certificateFormatName(CertificateFormat format) {
-    switch (format) {
-    case CertificateFormat::Der: return "DER";
-    case CertificateFormat::Pem: return "PEM";
-    case CertificateFormat::Base64: return "Base64";
-    }
-    return "DER";
-}
-
-CertificateFile readCertificate(HostSession& session, const QString& path) {
+CertificateFile certificateOf(HostSession& session, const QString& path, const QByteArray& content) {
     CertificateFile file;
     file.path = path;
-    const QByteArray content = input::readFile(path);
     if (content.isEmpty())
         fail(path, QStringLiteral("empty file"));
     if (static_cast<unsigned char>(content.at(0)) == der::tag::kSequence) {
@@ -87,4 +75,38 @@ CertificateFile readCertificate(HostSession& session, const QString& path) {
     file.format = CertificateFormat::Base64;
     file.der = derFromText(session, compact, path);
     return file;
+}
+
+}  // namespace
+
+const char* certificateFormatName(CertificateFormat format) {
+    switch (format) {
+    case CertificateFormat::Der: return "DER";
+    case CertificateFormat::Pem: return "PEM";
+    case CertificateFormat::Base64: return "Base64";
+    }
+    return "DER";
+}
+
+CertificateFile readCertificate(HostSession& session, const QString& path) {
+    return certificateOf(session, path, input::readFile(path, input::kMaxValueSize));
+}
+
+std::vector<QByteArray> readCertificates(HostSession& session, const QString& path) {
+    const QByteArray content = input::readFile(path, input::kMaxValueSize);
+    if (content.count(kPemBegin) < 2)
+        return {certificateOf(session, path, content).der};
+    std::vector<QByteArray> certificates;
+    for (int at = content.indexOf(kPemBegin); at >= 0; at = content.indexOf(kPemBegin, at + 1))
+        certificates.push_back(derFromText(session, compactPemBlock(content, path, at), path));
+    return certificates;
+}
+
+std::vector<QByteArray> readAuthorities(HostSession& session, const QStringList& paths) {
+    std::vector<QByteArray> authorities;
+    for (const QString& path : paths) {
+        for (const QByteArray& der : readCertificates(session, path))
+            authorities.push_back(der);
+    }
+    return authorities;
 }

@@ -6,6 +6,8 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
+#include <vector>
 
 class HostSession;
 
@@ -22,5 +24,12 @@ struct CertificateFile {
 // unreadable files and for content that is no certificate encoding; whether
 // the DER parses is left to the caller.
 CertificateFile readCertificate(HostSession& session, const QString& path);
+
+// Every certificate of a file that may hold several (PEM text with one
+// CERTIFICATE block after another), as DER; one of any form otherwise.
+std::vector<QByteArray> readCertificates(HostSession& session, const QString& path);
+
+// The certificates of every file in `paths` (the --ca options), in order.
+std::vector<QByteArray> readAuthorities(HostSession& session, const QStringList& paths);
 
 #endif

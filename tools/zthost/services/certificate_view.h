@@ -8,8 +8,10 @@
 #include <QObject>
 #include <QString>
 #include <memory>
+#include <vector>
 
 #include "output/report.h"
+#include "readers/certificate_fields.h"
 
 class HostSession;
 
@@ -24,6 +26,12 @@ public:
 
     // A no-argument accessor returning QString, QDateTime or QByteArray.
     QString text(const char* accessor) const;
+    // A name accessor (getSubjectCN, getIssuerO, ...) as the text the name
+    // is: the library returns UTF-8 and BMP names as UTF-8 octets and other
+    // string types as their octets, one per character; they are decoded by
+    // the tag the certificate gives the attribute, with the decoder `zthost
+    // asn` uses.
+    QString name(const char* accessor) const;
     QDateTime time(const char* accessor) const;
     QByteArray bytes(const char* accessor) const;
 
@@ -37,6 +45,7 @@ public:
 private:
     std::unique_ptr<QObject> component_;
     QByteArray der_;
+    std::vector<NameAttribute> issuer_, subject_;  // as zthost reads them; views into der_
 };
 
 // A certificate time as the library returns it (UTC), ISO 8601.

@@ -1,7 +1,6 @@
 #include "services/signature_check.h"
 
 #include "host/library_symbols.h"
-#include "readers/sm2_value.h"
 
 namespace {
 
@@ -21,28 +20,6 @@ bool verifySm2(const ZtLibrary& library, const QByteArray& signature, SignatureF
     const QByteArray value =
         form == SignatureForm::Bytes128 ? signatureTo64(library, signature, form) : signature;
     return verify(value, certificateDer, data, kAlgoSm2) == 1;
-}
-
-bool verifySm2Value(const ZtLibrary& library, const QByteArray& value, const QByteArray& certificateDer,
-                    const QByteArray& data, QString* note) {
-    const int kRawSize = 64;
-    if (value.size() == kRawSize)
-        return verifySm2(library, value, SignatureForm::Bytes64, certificateDer, data);
-    Sm2Integers integers;
-    if (!readSm2Integers(ByteView::of(value), &integers)) {
-        *note = QStringLiteral("the %1-byte signature value is neither r || s nor a DER SEQUENCE of two INTEGERs")
-                    .arg(value.size());
-        return false;
-    }
-    if (firstMisreadInteger(integers) < 0)
-        return verifySm2(library, value, SignatureForm::Der, certificateDer, data);
-    QByteArray raw;
-    if (!sm2DerTo64(ByteView::of(value), &raw)) {
-        *note = QStringLiteral("r or s of the signature value is negative or longer than 32 bytes");
-        return false;
-    }
-    *note = QStringLiteral("a DER signature with a short INTEGER was passed as r || s (the library misreads it)");
-    return verifySm2(library, raw, SignatureForm::Bytes64, certificateDer, data);
 }
 
 bool verifyRsa(const ZtLibrary& library, const QByteArray& certificateDer, const QByteArray& data,

@@ -19,14 +19,6 @@ constexpr char kDefaultSm2UserId[] = "1234567812345678";
 bool verifySm2(const ZtLibrary& library, const QByteArray& signature, SignatureForm form,
                const QByteArray& certificateDer, const QByteArray& data);
 
-// An SM2 signature value as seals and signedData carry it (64-byte r || s
-// or DER), verified with VerifySignatureValue as a careful host does: a DER
-// value whose INTEGERs the library would misread (shorter than 32 bytes) is
-// brought to r || s first. `note` says when that happened, or why the value
-// is no SM2 signature at all (then the result is false).
-bool verifySm2Value(const ZtLibrary& library, const QByteArray& value, const QByteArray& certificateDer,
-                    const QByteArray& data, QString* note);
-
 // RsaVerify(certificate, data, signature): PKCS#1 v1.5 with SHA-1 against
 // the certificate's modulus. VerifySignatureValue is not used for RSA: it
 // passes the certificate to RsaVerify in the place of the signature.

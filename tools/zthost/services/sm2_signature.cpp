@@ -84,14 +84,24 @@ QByteArray signatureToDer(const ZtLibrary& library, const QByteArray& value, Sig
     return der;
 }
 
-QString shortIntegerWarning(const QByteArray& der) {
-    Sm2Integers integers;
-    if (!readSm2Integers(ByteView::of(der), &integers))
-        return QString();
-    const int misread = firstMisreadInteger(integers);
-    if (misread < 0)
-        return QString();
-    return QStringLiteral("%1 is a %2-byte INTEGER; the library reads only 32- or 33-byte values correctly")
-        .arg(QLatin1String(misread == 0 ? "r" : "s"))
-        .arg((misread == 0 ? integers.r : integers.s).content.size());
+QByteArray libraryVerificationDer(const ZtLibrary& library, const QByteArray& value, SignatureForm form) {
+    auto to128 = requireSymbol<fn::ConvertSignData>(library, Symbol::ConvertSignDataTo128);
+    auto to64 = requireSymbol<fn::ConvertSignData>(library, Symbol::ConvertSignDataTo64);
+    auto toDer = requireSymbol<fn::SignDataTo70Ex>(library, Symbol::SignDataTo70Ex);
+    QByteArray input = value;
+    QByteArray wide = value;
+    if (form != SignatureForm::Bytes128) {
+        wide = QByteArray(kSize128, '\0');
+        if (!to128(bytesOf(input), static_cast<unsigned int>(input.size()), bytesOf(wide), kSize128))
+            return QByteArray();
+    }
+    QByteArray narrow(kSize64, '\0');
+    unsigned int length = 0;
+    if (!to64(bytesOf(wide), kSize128, bytesOf(narrow), kSize64) ||
+        !toDer(bytesOf(narrow), kSize64, nullptr, &length) || length == 0)
+        return QByteArray();
+    QByteArray der(static_cast<int>(length), '\0');
+    if (!toDer(bytesOf(narrow), kSize64, bytesOf(der), &length))
+        return QByteArray();
+    return der;
 }

@@ -22,9 +22,10 @@ QByteArray signatureTo64(const ZtLibrary& library, const QByteArray& value, Sign
 QByteArray signatureTo128(const ZtLibrary& library, const QByteArray& value, SignatureForm form);
 QByteArray signatureToDer(const ZtLibrary& library, const QByteArray& value, SignatureForm form);
 
-// The library reads the INTEGERs of the DER form as 32 bytes, or 33 with a
-// sign octet; a minimal encoding of a smaller value comes out wrong. Returns
-// a warning naming such an INTEGER, or empty text.
-QString shortIntegerWarning(const QByteArray& der);
+// The DER value the library's own verification hands SM2Verify: the value
+// brought to 128 bytes by ZTSM2ConvertSignDataTo128 (unless it is in that
+// form), r and s taken out by ZTSM2ConvertSignDataTo64, and encoded by
+// ZTSM2ConvSignDataTo70Ex. Empty when a conversion refuses.
+QByteArray libraryVerificationDer(const ZtLibrary& library, const QByteArray& value, SignatureForm form);
 
 #endif

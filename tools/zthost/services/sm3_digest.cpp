@@ -11,7 +11,6 @@
 namespace {
 
 const int kDigestSize = 32;
-const int kChunkSize = 65536;
 
 }  // namespace
 
@@ -61,26 +60,5 @@ QByteArray sm3OfFile(const ZtLibrary& library, const QString& path) {
 }
 
 void feedFile(Sm3Stream& stream, const QString& path) {
-    QFile file;
-    bool opened = false;
-    if (path == QLatin1String("-")) {
-        opened = file.open(stdin, QIODevice::ReadOnly);
-    } else if (!QFileInfo(path).isDir()) {
-        file.setFileName(path);
-        opened = file.open(QIODevice::ReadOnly);
-    }
-    const auto fail = [&](const QString& reason) {
-        throw CommandFailure(kExitFailed, QStringLiteral("%1: %2").arg(input::displayName(path), reason));
-    };
-    if (!opened)
-        fail(QFileInfo(path).isDir() ? QStringLiteral("is a directory") : file.errorString());
-    char chunk[kChunkSize];
-    for (;;) {
-        const qint64 count = file.read(chunk, sizeof chunk);
-        if (count < 0)
-            fail(file.errorString());
-        if (count == 0)
-            break;
-        stream.update(chunk, static_cast<int>(count));
-    }
+    input::readChunks(path, input::displayName(path), [&](const char* data, int size) { stream.update(data, size); });
 }

@@ -33,8 +33,9 @@ QByteArray sm3Digest(const ZtLibrary& library, const QByteArray& data);
 // Throws CommandFailure when the file cannot be opened or read.
 QByteArray sm3OfFile(const ZtLibrary& library, const QString& path);
 
-// Feeds the content of `path` ("-" = standard input) to `stream` in chunks.
-// Throws CommandFailure when the file cannot be read.
+// Feeds the content of `path` ("-" = standard input) to `stream` in chunks,
+// with a progress line on a terminal for long reads. Throws CommandFailure
+// when the file cannot be read.
 void feedFile(Sm3Stream& stream, const QString& path);
 
 #endif

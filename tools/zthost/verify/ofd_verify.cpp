@@ -1,8 +1,8 @@
 #include "verify/ofd_verify.h"
 
-#include <QCryptographicHash>
 #include <memory>
 
+#include "crypto/openssl_digest.h"
 #include "host/host_session.h"
 #include "readers/der_values.h"
 #include "readers/ofd_package.h"
@@ -13,38 +13,46 @@
 
 namespace {
 
-// A digest named by a CheckMethod: SM3 through the library, SHA-1 and
-// SHA-256 through Qt.
+// A digest named by a CheckMethod, made by OpenSSL; SM3 also through the
+// library, whose answer the check reports beside OpenSSL's.
 class ReferenceDigest {
 public:
     static std::unique_ptr<ReferenceDigest> forMethod(HostSession& session, const QString& method) {
         const QString key = method.trimmed().toLower().remove(QLatin1Char('-'));
         if (key.isEmpty() || key == QLatin1String("sm3") || key == QLatin1String("1.2.156.10197.1.401"))
-            return std::unique_ptr<ReferenceDigest>(new ReferenceDigest(session));
+            return std::unique_ptr<ReferenceDigest>(new ReferenceDigest(EVP_sm3(), &session));
         if (key == QLatin1String("sha1") || key == QLatin1String("1.3.14.3.2.26"))
-            return std::unique_ptr<ReferenceDigest>(new ReferenceDigest(QCryptographicHash::Sha1));
+            return std::unique_ptr<ReferenceDigest>(new ReferenceDigest(EVP_sha1(), nullptr));
         if (key == QLatin1String("sha256") || key == QLatin1String("2.16.840.1.101.3.4.2.1"))
-            return std::unique_ptr<ReferenceDigest>(new ReferenceDigest(QCryptographicHash::Sha256));
+            return std::unique_ptr<ReferenceDigest>(new ReferenceDigest(EVP_sha256(), nullptr));
         return nullptr;
     }
     void update(const char* data, int size) {
-        if (sm3_)
-            sm3_->update(data, size);
-        else
-            sha_->addData(data, size);
+        if (library_)
+            library_->update(data, size);
+        strict_.update(data, size);
     }
-    QByteArray finish() { return sm3_ ? sm3_->finish() : sha_->result(); }
+    // Whether the digest equals `expected`, by the library (NotAsked but for
+    // SM3) and by OpenSSL.
+    Check compare(const QByteArray& expected, const QString& name, const QString& problem) {
+        Check check = sm3Check(CheckScope::Document, name, library_ && library_->finish() == expected,
+                               strict_.finish() == expected, problem);
+        if (!library_)
+            check.library = Answer::NotAsked;
+        return check;
+    }
 
 private:
-    explicit ReferenceDigest(HostSession& session) : sm3_(new Sm3Stream(session.library())) {}
-    explicit ReferenceDigest(QCryptographicHash::Algorithm algorithm) : sha_(new QCryptographicHash(algorithm)) {}
-    std::unique_ptr<Sm3Stream> sm3_;
-    std::unique_ptr<QCryptographicHash> sha_;
+    ReferenceDigest(const EVP_MD* md, HostSession* session)
+        : library_(session != nullptr ? new Sm3Stream(session->library()) : nullptr), strict_(md) {}
+    std::unique_ptr<Sm3Stream> library_;
+    OpenSslDigest strict_;
 };
 
 class Verifier {
 public:
-    Verifier(HostSession& session, const OfdPackage& package) : session_(session), package_(package) {}
+    Verifier(HostSession& session, const OfdPackage& package, const Authorities& authorities)
+        : session_(session), package_(package), authorities_(authorities) {}
 
     SignatureVerdict verify(const OfdDocument& document, const OfdSignatureEntry& entry) {
         SignatureVerdict verdict;
@@ -71,10 +79,11 @@ private:
         const QByteArray value = package_.zip().read(file.signedValuePath, kMaxOfdPartSize);
         const SignedBytes signedBytes{xml, entry.path};
         if (entry.type == QLatin1String("Seal")) {
-            verifySesSignature(session_, readSesSignature(ByteView::of(value)), &signedBytes, QByteArray(), verdict);
+            verifySesSignature(session_, readSesSignature(ByteView::of(value)), &signedBytes, QByteArray(), authorities_,
+                               verdict);
         } else if (entry.type == QLatin1String("Sign")) {
             const QDateTime at = der::timeFromText(file.signatureDateTime.toLatin1());
-            verifySignedData(session_, readSignedData(ByteView::of(value)), signedBytes, at, verdict);
+            verifySignedData(session_, readSignedData(ByteView::of(value)), signedBytes, at, authorities_, verdict);
         } else {
             throw FormatError{QStringLiteral("unknown signature type %1 (neither Seal nor Sign)").arg(entry.type)};
         }
@@ -87,37 +96,42 @@ private:
             verdict->notes << QStringLiteral("no CheckMethod given; SM3 assumed");
         for (const OfdReference& reference : file.references) {
             ++verdict->referencesChecked;
-            const QString name = QStringLiteral("reference %1").arg(reference.fileRef);
-            const QString problem = referenceProblem(file.checkMethod, reference);
-            verdict->add(CheckScope::Document, name, problem.isEmpty(), problem);
-            if (!problem.isEmpty())
+            const Check check = referenceCheck(file.checkMethod, reference);
+            verdict->add(check);
+            if (check.failed())
                 ++verdict->referencesFailed;
         }
     }
 
-    // Empty when the file's digest equals its CheckValue.
-    QString referenceProblem(const QString& method, const OfdReference& reference) {
+    // Whether the file's digest equals its CheckValue.
+    Check referenceCheck(const QString& method, const OfdReference& reference) {
+        const QString name = QStringLiteral("reference %1").arg(reference.fileRef);
+        const auto failed = [&](const QString& problem) {
+            Check check = sm3Check(CheckScope::Document, name, false, false, problem);
+            check.library = Answer::NotAsked;
+            return check;
+        };
         std::unique_ptr<ReferenceDigest> digest = ReferenceDigest::forMethod(session_, method);
         if (!digest)
-            return QStringLiteral("unknown CheckMethod %1").arg(method);
+            return failed(QStringLiteral("unknown CheckMethod %1").arg(method));
         if (reference.path.isEmpty())
-            return QStringLiteral("the signed file %1 is not in the package").arg(reference.fileRef);
+            return failed(QStringLiteral("the signed file %1 is not in the package").arg(reference.fileRef));
         if (!reference.checkValueReadable)
-            return QStringLiteral("the CheckValue of %1 is not Base64").arg(reference.fileRef);
+            return failed(QStringLiteral("the CheckValue of %1 is not Base64").arg(reference.fileRef));
         try {
             const qint64 budget = kMaxReferencedTotal - referencedBytes_;
             referencedBytes_ += package_.zip().readChunks(reference.path, qMin(kMaxReferencedSize, budget),
                                                           [&](const char* data, int size) { digest->update(data, size); });
         } catch (const FormatError& error) {
-            return error.message;
+            return failed(error.message);
         }
-        if (digest->finish() != reference.checkValue)
-            return QStringLiteral("%1 was changed after signing (its digest is not the CheckValue)").arg(reference.path);
-        return QString();
+        return digest->compare(reference.checkValue, name,
+                               QStringLiteral("%1 was changed after signing (its digest is not the CheckValue)").arg(reference.path));
     }
 
     HostSession& session_;
     const OfdPackage& package_;
+    const Authorities& authorities_;
     qint64 referencedBytes_ = 0;
 };
 
@@ -148,11 +162,11 @@ Report OfdVerdict::toReport(const QString& file) const {
     return report;
 }
 
-OfdVerdict verifyOfd(HostSession& session, const QByteArray& bytes) {
+OfdVerdict verifyOfd(HostSession& session, const QByteArray& bytes, const Authorities& authorities) {
     OfdVerdict verdict;
     try {
         const OfdPackage package(bytes);
-        Verifier verifier(session, package);
+        Verifier verifier(session, package, authorities);
         for (const OfdDocument& document : package.documents()) {
             for (const OfdSignatureEntry& entry : document.signatures)
                 verdict.signatures.push_back(verifier.verify(document, entry));

@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <vector>
 
+#include "verify/signature_verify.h"
 #include "verify/verdict.h"
 
 class HostSession;
@@ -19,6 +20,7 @@ struct OfdVerdict {
     Report toReport(const QString& file) const;
 };
 
-OfdVerdict verifyOfd(HostSession& session, const QByteArray& package);
+// `authorities`: the certificates the signers' chains must lead to (--ca).
+OfdVerdict verifyOfd(HostSession& session, const QByteArray& package, const Authorities& authorities);
 
 #endif

@@ -1,9 +1,11 @@
 #include "verify/signature_verify.h"
 
+#include "crypto/openssl_digest.h"
 #include "host/host_session.h"
 #include "readers/der_values.h"
 #include "readers/oid_names.h"
 #include "services/sm3_digest.h"
+#include "verify/chain_check.h"
 #include "verify/signer_checks.h"
 
 namespace {
@@ -23,10 +25,11 @@ bool isSm2(const QString& algorithm) {
 
 void checkDataHash(HostSession& session, const QByteArray& expected, const SignedBytes& signedBytes,
                    SignatureVerdict* verdict) {
-    verdict->add(CheckScope::Signature, QStringLiteral("data hash"),
-                 sm3Digest(session.library(), signedBytes.bytes) == expected,
-                 QStringLiteral("the signed data hash is not the SM3 of %1 (changed after signing, or signed for another file)")
-                     .arg(signedBytes.name));
+    verdict->add(sm3Check(CheckScope::Signature, QStringLiteral("data hash"),
+                          sm3Digest(session.library(), signedBytes.bytes) == expected,
+                          openSslSm3(signedBytes.bytes) == expected,
+                          QStringLiteral("the signed data hash is not the SM3 of %1 (changed after signing, or signed "
+                                         "for another file)").arg(signedBytes.name)));
 }
 
 // The content a signedData carries must be the signed file or its SM3.
@@ -35,15 +38,17 @@ void checkSignedContent(HostSession& session, const SignedData& data, const Sign
     if (!data.hasContent)
         return;
     const QByteArray content = data.content.toByteArray();
-    verdict->add(CheckScope::Signature, QStringLiteral("signed content"),
-                 content == signedBytes.bytes || content == sm3Digest(session.library(), signedBytes.bytes),
-                 QStringLiteral("the signed content is neither %1 nor its SM3 digest").arg(signedBytes.name));
+    const bool whole = content == signedBytes.bytes;
+    verdict->add(sm3Check(CheckScope::Signature, QStringLiteral("signed content"),
+                          whole || content == sm3Digest(session.library(), signedBytes.bytes),
+                          whole || content == openSslSm3(signedBytes.bytes),
+                          QStringLiteral("the signed content is neither %1 nor its SM3 digest").arg(signedBytes.name)));
 }
 
 }  // namespace
 
 void verifySesSignature(HostSession& session, const SesSignature& signature, const SignedBytes* signedBytes,
-                        const QByteArray& certificate, SignatureVerdict* verdict) {
+                        const QByteArray& certificate, const Authorities& authorities, SignatureVerdict* verdict) {
     verdict->format = QStringLiteral("%1, version %2").arg(QLatin1String(sesLayoutName(signature.layout))).arg(signature.version);
     verdict->time = signature.time.isValid() ? isoTime(signature.time) : QString::fromLatin1(signature.timeText);
     if (signature.extensionCount > 0)
@@ -62,12 +67,13 @@ void verifySesSignature(HostSession& session, const SesSignature& signature, con
         checkSm2Signature(session, CheckScope::Signature, QStringLiteral("signature"), signature.signature.toByteArray(),
                           signer, signature.toBeSigned.toByteArray(), verdict);
         checkSignerCertificate(session, signer, signature.time, verdict);
+        addChainCheck(session, signer, authorities, signature.time, verdict);
     }
     checkEmbeddedSeal(session, signature.seal, signature.time, signer, verdict);
 }
 
 void verifySignedData(HostSession& session, const SignedData& data, const SignedBytes& signedBytes,
-                      const QDateTime& at, SignatureVerdict* verdict) {
+                      const QDateTime& at, const Authorities& authorities, SignatureVerdict* verdict) {
     const bool gm = data.contentType == QLatin1String(oid::kGmSignedData);
     verdict->format = QStringLiteral("%1 signedData%2")
                           .arg(QLatin1String(gm ? "GM/T 0010" : "PKCS #7"))
@@ -79,10 +85,13 @@ void verifySignedData(HostSession& session, const SignedData& data, const Signed
     checkSignedContent(session, data, signedBytes, verdict);
     const QByteArray signed_ = data.hasContent ? data.content.toByteArray() : signedBytes.bytes;
     if (data.hasSignedAttributes) {
-        verdict->add(CheckScope::Signature, QStringLiteral("message digest"),
-                     data.hasMessageDigest && data.messageDigest.toByteArray() == sm3Digest(session.library(), signed_),
-                     data.hasMessageDigest ? QStringLiteral("the messageDigest attribute is not the SM3 of the signed content")
-                                           : QStringLiteral("the signed attributes hold no messageDigest"));
+        const QByteArray digest = data.messageDigest.toByteArray();
+        verdict->add(sm3Check(CheckScope::Signature, QStringLiteral("message digest"),
+                              data.hasMessageDigest && digest == sm3Digest(session.library(), signed_),
+                              data.hasMessageDigest && digest == openSslSm3(signed_),
+                              data.hasMessageDigest
+                                  ? QStringLiteral("the messageDigest attribute is not the SM3 of the signed content")
+                                  : QStringLiteral("the signed attributes hold no messageDigest")));
     }
     const QByteArray certificate = signerCertificate(data).toByteArray();
     if (certificate.isEmpty()) {
@@ -96,5 +105,6 @@ void verifySignedData(HostSession& session, const SignedData& data, const Signed
         checkSm2Signature(session, CheckScope::Signature, QStringLiteral("signature"), data.signature.toByteArray(),
                           certificate, data.hasSignedAttributes ? data.signedAttributes : signed_, verdict);
         checkSignerCertificate(session, certificate, at, verdict);
+        addChainCheck(session, certificate, authorities, at, verdict);
     }
 }

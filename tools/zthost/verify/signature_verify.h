@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <vector>
 
 #include "readers/ses_signature.h"
 #include "readers/signed_data.h"
@@ -17,14 +18,19 @@ struct SignedBytes {
     QString name;      // how messages name it
 };
 
+// The certificates the user trusts (--ca, DER): the signer's certificate
+// must have a path to a root among them. Empty: no chain is checked, and a
+// note says so.
+using Authorities = std::vector<QByteArray>;
+
 // The signer's certificate is the one in the structure unless `certificate`
 // is given. Without `signedBytes` the data hash is not checked.
 void verifySesSignature(HostSession& session, const SesSignature& signature, const SignedBytes* signedBytes,
-                        const QByteArray& certificate, SignatureVerdict* verdict);
+                        const QByteArray& certificate, const Authorities& authorities, SignatureVerdict* verdict);
 
 // A signedData over `signedBytes`; `at` is the signing time the document
 // states (may be invalid).
 void verifySignedData(HostSession& session, const SignedData& data, const SignedBytes& signedBytes,
-                      const QDateTime& at, SignatureVerdict* verdict);
+                      const QDateTime& at, const Authorities& authorities, SignatureVerdict* verdict);
 
 #endif

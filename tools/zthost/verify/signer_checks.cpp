@@ -4,11 +4,12 @@
 
 #include "cli/cli.h"
 #include "host/host_session.h"
+#include "readers/certificate_fields.h"
 #include "readers/der_values.h"
 #include "readers/oid_names.h"
 #include "services/certificate_view.h"
-#include "services/signature_check.h"
 #include "services/sm3_digest.h"
+#include "verify/sm2_check.h"
 
 namespace {
 
@@ -60,29 +61,37 @@ QString timeRange(const QDateTime& from, const QDateTime& to) {
 
 void checkSm2Signature(HostSession& session, CheckScope scope, const QString& name, const QByteArray& value,
                        const QByteArray& certificate, const QByteArray& data, SignatureVerdict* verdict) {
-    QString note;
-    const bool valid = verifySm2Value(session.library(), value, certificate, data, &note);
-    if (!note.isEmpty() && valid)
-        verdict->notes << QStringLiteral("%1: %2").arg(name, note);
-    verdict->add(scope, name, valid,
-                 note.isEmpty() || valid ? QStringLiteral("the %1 does not verify").arg(name)
-                                         : QStringLiteral("the %1 does not verify: %2").arg(name, note));
+    verdict->add(checkSm2Value(session, scope, name, value, certificate, data));
 }
 
 void checkSignerCertificate(HostSession& session, const QByteArray& certificate, const QDateTime& at,
                             SignatureVerdict* verdict) {
     try {
         const CertificateView view(session, certificate, QStringLiteral("the signer's certificate"));
-        verdict->signer = textFromLibrary(view.text("getSubjectCN"));
-        const QStringList digits = view.validityDigits().split(QLatin1Char(';'));
-        const QDateTime from = der::timeFromText(digits.value(0).toLatin1());
-        const QDateTime to = der::timeFromText(digits.value(1).toLatin1());
+        verdict->signer = view.name("getSubjectCN");
         if (!at.isValid())
             return;
-        verdict->add(CheckScope::Signature, QStringLiteral("signer certificate valid at signing time"),
-                     from.isValid() && to.isValid() && from <= at && at <= to,
-                     QStringLiteral("the signing time %1 is outside the signer certificate's validity %2")
-                         .arg(isoTime(at), timeRange(from, to)));
+        // The library's reading of the validity digits, and zthost's own.
+        const QStringList digits = view.validityDigits().split(QLatin1Char(';'));
+        const QDateTime libraryFrom = der::timeFromText(digits.value(0).toLatin1());
+        const QDateTime libraryTo = der::timeFromText(digits.value(1).toLatin1());
+        QDateTime from, to;
+        try {
+            const CertificateFields fields = readCertificateFields(ByteView::of(certificate));
+            from = fields.notBefore;
+            to = fields.notAfter;
+        } catch (const FormatError&) {
+            // no validity zthost can read: the strict answer is no
+        }
+        Check check;
+        check.name = QStringLiteral("signer certificate valid at signing time");
+        check.library = answerOf(libraryFrom.isValid() && libraryTo.isValid() && libraryFrom <= at && at <= libraryTo);
+        check.strict = answerOf(from.isValid() && to.isValid() && from <= at && at <= to);
+        check.problem = QStringLiteral("the signing time %1 is outside the signer certificate's validity %2")
+                            .arg(isoTime(at), timeRange(from, to));
+        check.disagreement = QStringLiteral("the library reads the validity of this certificate as %1")
+                                 .arg(libraryFrom.isValid() ? timeRange(libraryFrom, libraryTo) : QStringLiteral("absent"));
+        verdict->add(check);
     } catch (const CommandFailure& failure) {
         verdict->fail(CheckScope::Signature, QStringLiteral("signer certificate"), failure.message);
     }

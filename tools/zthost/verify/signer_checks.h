@@ -1,6 +1,7 @@
 // The checks on certificates and seals that every signature format shares,
 // made through the library: the certificates are read by ZTCertificate, the
-// signatures verified by VerifySignatureValue, digests made by its SM3.
+// signatures verified by VerifySignatureValue (and strictly by OpenSSL),
+// digests made by its SM3.
 #ifndef ZTHOST_VERIFY_SIGNER_CHECKS_H
 #define ZTHOST_VERIFY_SIGNER_CHECKS_H
 
@@ -12,7 +13,8 @@
 
 class HostSession;
 
-// The SM2 signature `value` over `data` by `certificate`, as check `name`.
+// The SM2 signature `value` over `data` by `certificate`, as check `name`:
+// the library's answer and the strict one.
 void checkSm2Signature(HostSession& session, CheckScope scope, const QString& name, const QByteArray& value,
                        const QByteArray& certificate, const QByteArray& data, SignatureVerdict* verdict);
 

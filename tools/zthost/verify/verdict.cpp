@@ -8,11 +8,34 @@ Report answerReport(Answer answer) {
 
 }  // namespace
 
+Answer answerOf(bool yes) {
+    return yes ? Answer::Yes : Answer::No;
+}
+
+Check sm3Check(CheckScope scope, const QString& name, bool libraryMatches, bool strictMatches, const QString& problem) {
+    Check check;
+    check.scope = scope;
+    check.name = name;
+    check.library = answerOf(libraryMatches);
+    check.strict = answerOf(strictMatches);
+    check.problem = problem;
+    check.disagreement = QStringLiteral("the library's SM3 of the same bytes differs from OpenSSL's");
+    return check;
+}
+
+Report checkReport(const Check& check) {
+    return Report::object()
+        .set("check", check.name)
+        .set("library", answerReport(check.library))
+        .set("strict", answerReport(check.strict))
+        .set("disagreement", check.disagrees() ? Report::text(check.disagreement) : Report());
+}
+
 void SignatureVerdict::add(CheckScope scope, const QString& name, bool passed, const QString& problem) {
     Check check;
     check.name = name;
     check.scope = scope;
-    check.library = passed ? Answer::Yes : Answer::No;
+    check.library = answerOf(passed);
     check.problem = passed ? QString() : problem;
     checks.push_back(check);
 }
@@ -20,7 +43,7 @@ void SignatureVerdict::add(CheckScope scope, const QString& name, bool passed, c
 bool SignatureVerdict::passed(const QString& name) const {
     for (const Check& check : checks) {
         if (check.name == name)
-            return !check.failed() && check.library == Answer::Yes;
+            return check.passed();
     }
     return false;
 }
@@ -64,6 +87,15 @@ QStringList SignatureVerdict::problems() const {
     return list;
 }
 
+QStringList SignatureVerdict::disagreements() const {
+    QStringList list;
+    for (const Check& check : checks) {
+        if (check.disagrees())
+            list << check.disagreement;
+    }
+    return list;
+}
+
 Report SignatureVerdict::toReport() const {
     Report report = Report::object();
     report.set("document", document);
@@ -89,11 +121,7 @@ Report SignatureVerdict::toReport() const {
     report.set("notes", noteList);
     Report checkList = Report::array();
     for (const Check& check : checks) {
-        Report item = Report::object();
-        item.set("check", check.name);
-        item.set("library", answerReport(check.library));
-        item.set("strict", answerReport(check.strict));
-        checkList.append(item);
+        checkList.append(checkReport(check));
     }
     report.set("checks", checkList);
     return report;
@@ -108,7 +136,7 @@ QString validText(const std::optional<bool>& passed) {
 }
 
 void line(QString& out, const char* label, const QString& value) {
-    out += QStringLiteral("  %1 %2\n").arg(QLatin1String(label) + QLatin1Char(':'), -12).arg(value);
+    out += QStringLiteral("  %1 %2\n").arg(QLatin1String(label) + QLatin1Char(':'), -13).arg(value);
 }
 
 }  // namespace
@@ -127,6 +155,8 @@ QString SignatureVerdict::toText() const {
     line(out, "verdict", valid() ? QStringLiteral("VALID") : QStringLiteral("NOT VALID"));
     for (const QString& problem : problems())
         line(out, "problem", problem);
+    for (const QString& disagreement : disagreements())
+        line(out, "disagreement", disagreement);
     for (const QString& note : notes)
         line(out, "note", note);
     return out;
