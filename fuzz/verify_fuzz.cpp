@@ -1,9 +1,9 @@
 // Arbitrary bytes as the untrusted inputs of the verification code: an SM2
 // signature in DER or any form, a certificate for the validity, key and
-// verification calls, and a certificate time text. Nothing may crash, read
-// out of bounds, or stop the process; results are checked for consistency.
-#include <fcntl.h>
-#include <unistd.h>
+// verification calls, a certificate time text, and algorithm and digest
+// choices of any int value. Nothing may crash, read out of bounds, or stop
+// the process; results are checked for consistency, digests against OpenSSL.
+#include <openssl/evp.h>
 
 #include <QByteArray>
 #include <cstdint>
@@ -13,23 +13,12 @@
 
 #include "crypto/sm2_signature_der.h"
 #include "date/ZTDate.h"
+#include "fuzz_support.h"
 #include "ztutil/rsa.h"
 #include "ztutil/sm2.h"
 #include "ztutil/ztverifytools.h"
 
 namespace {
-
-void check(bool condition) {
-    if (!condition)
-        __builtin_trap();
-}
-
-// SM2Verify and RsaVerify report on standard output.
-void silenceStdout() {
-    const int null = open("/dev/null", O_WRONLY);
-    dup2(null, 1);
-    close(null);
-}
 
 // A key record of a point on the curve (the generator), so that the
 // signature is what gets exercised.
@@ -49,26 +38,26 @@ std::vector<unsigned char> generatorRecord() {
 void signatureForms(const uint8_t* data, size_t size) {
     ztutil::sm2::SignatureIntegers integers;
     if (ztutil::sm2::readSignatureIntegers(data, size, &integers)) {
-        check(integers.r.data >= data && integers.r.data + integers.r.size <= data + size);
-        check(integers.s.data >= data && integers.s.data + integers.s.size <= data + size);
+        FUZZ_CHECK(integers.r.data >= data && integers.r.data + integers.r.size <= data + size);
+        FUZZ_CHECK(integers.s.data >= data && integers.s.data + integers.s.size <= data + size);
     }
     // One spare byte keeps the buffer non-null when the input is empty.
     std::vector<unsigned char> input(data, data + size);
     input.push_back(0);
     unsigned char wide[128];
-    check(ZTVerifyTools::ZTSM2ConvertSignDataTo128(input.data(), static_cast<unsigned>(size), wide,
+    FUZZ_CHECK(ZTVerifyTools::ZTSM2ConvertSignDataTo128(input.data(), static_cast<unsigned>(size), wide,
                                                    128) == 1);
     unsigned char narrow[64];
-    check(ZTVerifyTools::ZTSM2ConvertSignDataTo64(wide, 128, narrow, 64) == 1);
+    FUZZ_CHECK(ZTVerifyTools::ZTSM2ConvertSignDataTo64(wide, 128, narrow, 64) == 1);
     unsigned int length = 0;
-    check(ZTVerifyTools::ZTSM2ConvSignDataTo70Ex(narrow, 64, nullptr, &length) == 1);
-    check(length >= 8 && length <= 72);
+    FUZZ_CHECK(ZTVerifyTools::ZTSM2ConvSignDataTo70Ex(narrow, 64, nullptr, &length) == 1);
+    FUZZ_CHECK(length >= 8 && length <= 72);
 
     std::vector<unsigned char> record = generatorRecord();
     unsigned char digest[32] = {0};
     const int result = SM2Verify(record.data(), 132, digest, 32, input.data(),
                                  static_cast<unsigned>(size));
-    check(result == 0 || result == 1);
+    FUZZ_CHECK(result == 0 || result == 1);
 }
 
 void certificate(const uint8_t* data, size_t size) {
@@ -78,51 +67,82 @@ void certificate(const uint8_t* data, size_t size) {
     der.push_back(0);
     const unsigned int length = static_cast<unsigned>(size);
     const int valid = ZTVerifyTools::ZTVerifyCertValidity(der.data(), length);
-    check(valid == 0 || valid == 1);
+    FUZZ_CHECK(valid == 0 || valid == 1);
     unsigned int keyLength = 0;
-    check(ZTVerifyTools::ZTGetPubKeyByCert(der.data(), length, nullptr, &keyLength) == 1);
+    FUZZ_CHECK(ZTVerifyTools::ZTGetPubKeyByCert(der.data(), length, nullptr, &keyLength) == 1);
     std::vector<unsigned char> key(keyLength + 1);
     unsigned int again = 0;
-    check(ZTVerifyTools::ZTGetPubKeyByCert(der.data(), length, key.data(), &again) == 1);
-    check(again == keyLength);
+    FUZZ_CHECK(ZTVerifyTools::ZTGetPubKeyByCert(der.data(), length, key.data(), &again) == 1);
+    FUZZ_CHECK(again == keyLength);
 
     unsigned char message[3] = {'a', 'b', 'c'};
     unsigned char wide[128] = {0};
     wide[63] = 1;
     wide[127] = 1;
     const int soft = ZTVerifyTools::ZTSoftVerifyByCert(der.data(), length, message, 3, wide, 128);
-    check(soft == 0 || soft == 1);
+    FUZZ_CHECK(soft == 0 || soft == 1);
     const int rsa = RsaVerify(der.data(), length, message, 3, der.data(), length);
-    check(rsa == 0 || rsa == 1);
+    FUZZ_CHECK(rsa == 0 || rsa == 1);
 }
 
 void timeText(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size < 32 ? size : 32);
     if (CZTDate::IsValidText(text)) {
         CZTDate date(text);
-        check(date.GetGTDateString().size() <= 15);
+        FUZZ_CHECK(date.GetGTDateString().size() <= 15);
     }
+}
+
+// Any int as the algorithm of VerifySignatureValue and as the digest type of
+// ZTDigest: values outside the enumerations are the "other" case, never
+// undefined behaviour (UndefinedBehaviorSanitizer checks every load).
+void algorithmChoices(const uint8_t* data, size_t size) {
+    if (size < 8)
+        return;
+    int algorithm = 0, digestType = 0;
+    std::memcpy(&algorithm, data, sizeof algorithm);
+    std::memcpy(&digestType, data + 4, sizeof digestType);
+    const QByteArray rest(reinterpret_cast<const char*>(data) + 8, static_cast<int>(size) - 8);
+    const int verified = ZTVerifyTools::VerifySignatureValue(rest, rest, rest,
+                                                             static_cast<enAlgoIDType>(algorithm));
+    FUZZ_CHECK(verified == 0 || (verified == 1 && (algorithm == ALGO_SM2 || algorithm == ALGO_RSA)));
+
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    const int result = ZTDigest(const_cast<unsigned char*>(fuzz::octets(rest)), static_cast<unsigned>(rest.size()),
+                                digest, &length, static_cast<enDigestType>(digestType));
+    if (rest.isEmpty()) {
+        FUZZ_CHECK(result == 0);
+        return;
+    }
+    unsigned char expected[EVP_MAX_MD_SIZE];
+    unsigned int expectedLength = 0;
+    EVP_Digest(rest.constData(), static_cast<size_t>(rest.size()), expected, &expectedLength,
+               digestType == DIGEST_SM3 ? EVP_sm3() : EVP_sha1(), nullptr);
+    FUZZ_CHECK(result == 1 && length == expectedLength && std::memcmp(digest, expected, length) == 0);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool quiet = (silenceStdout(), true);
-    (void)quiet;
-    if (size == 0)
+    fuzz::silenceLibraryOutput();
+    if (size == 0 || size > fuzz::kMaxInput)
         return 0;
     // The first byte picks the target, the rest is the input.
     const uint8_t* input = data + 1;
     const size_t length = size - 1;
-    switch (data[0] % 3) {
+    switch (data[0] % 4) {
     case 0:
         signatureForms(input, length);
         break;
     case 1:
         certificate(input, length);
         break;
-    default:
+    case 2:
         timeText(input, length);
+        break;
+    default:
+        algorithmChoices(input, length);
         break;
     }
     return 0;

@@ -22,25 +22,30 @@ ZTUTIL_C_API char* const strSM2Table;
 // returns it. The text is not copied: keep it alive while it is selected.
 ZTUTIL_C_API char* ZTBase64SetTableCode(char* table);
 
-// Encodes without line breaks. Returns a calloc'ed NUL-terminated text to be
-// released with free(), or null (null data, zero length, no memory).
+// Encodes without line breaks: exactly 4 characters for every started group
+// of 3 bytes. Returns a calloc'ed NUL-terminated text to be released with
+// free(), or null (null data, zero length, no memory).
 ZTUTIL_C_API char* ZTBase64Encode(unsigned char* pbtdata, unsigned long len);
 
 // Decodes a text whose length is a multiple of 4 and whose every character
-// is in the current alphabet. Returns a calloc'ed buffer one byte longer than
-// the decoded length (zero-terminated) and stores that length in *len when
-// `len` is given; null on failure.
+// is in the current alphabet. The decoded length is 3 per group of 4, less 2
+// or 1 when the last group pads. Returns a calloc'ed buffer of 3 per group
+// plus a zero byte and stores the decoded length in *len when `len` is
+// given; null on failure.
 ZTUTIL_C_API unsigned char* ZTBase64Decode(const char* pszBase64Code, long* len);
 
-// Encodes with `TableBase64`. Returns a calloc'ed text (free()); an empty
-// text for ValueLen <= 0; null when lpValue or the table is null.
+// Encodes with `TableBase64`: exactly 4 characters for every started group of
+// 3 bytes. Returns a calloc'ed text (free()); an empty text for ValueLen <= 0;
+// null when lpValue or the table is null.
 ZTUTIL_C_API char* EnCodeBase64Ex(unsigned char* lpValue, int ValueLen, char* TableBase64);
 
 // Decodes with `TableBase64`, leniently: characters outside the table count
 // as padding. `lpValue` must be readable one byte past ValueLen (pass
 // NUL-terminated text). Returns a new[]'ed array of ValueLen bytes to be
-// released with delete[] and stores the decoded length in *outlen; null when
-// lpValue or the table is null.
+// released with delete[] and stores the decoded length in *outlen: never
+// more than ValueLen, and for NUL-terminated text at most 3 per group of 4
+// characters plus 1, 1 or 2 for a last group of 1, 2 or 3. Null when lpValue
+// or the table is null.
 ZTUTIL_C_API unsigned char* DeCodeBase64Ex(unsigned char* lpValue, int ValueLen,
                                            char* TableBase64, int* outlen);
 

@@ -10,6 +10,19 @@
 //   GBK      bytes below 0x80 are ASCII, the single byte 0x80 is U+20AC, any
 //            other byte of 0x80 or above leads a two-byte code (high byte
 //            first). GBK bytes are always read as unsigned.
+//
+// Worst-case output sizes, whatever the input (n is the input's length in
+// bytes, strlen for NUL-terminated text):
+//   code_unicode_to_utf8_one          6 bytes
+//   code_unicode_to_utf8              outSize + 6 bytes
+//   code_unicode_to_utf8_reversebyte  min(outSize + 3, 3 * count + 1) bytes
+//   code_utf8_to_unicode              maxUnits + 1 units
+//   code_unicode_to_gbk               2 * count bytes
+//   code_gbk_to_unicode               n units (and n + 1 input bytes read)
+//   code_utf8_to_gbk                  4 * n bytes
+//   code_gbk_to_utf8                  min(outSize + 3, 3 * n + 1) bytes
+// The bytes or units written can reach these sizes, so output buffers must
+// have them; the counts returned never exceed them.
 #ifndef ZTUTIL_CODE_CONVERT_H
 #define ZTUTIL_CODE_CONVERT_H
 
@@ -49,7 +62,9 @@ ZTUTIL_C_API int code_unicode_to_utf8(const unsigned int* pInput, char* pOutput,
 // Like code_unicode_to_utf8 for big-endian 16-bit codes held in the first two
 // bytes (in memory order, high byte first) of each 32-bit unit of pInput; at
 // most `count` units are read and a unit whose 32 bits are all zero ends the
-// text. The units are read bytewise, so pInput need not be aligned.
+// text. The units are read bytewise, so pInput need not be aligned. A code
+// takes at most 3 bytes, so up to min(outSize + 3, 3 * count + 1) bytes are
+// written.
 ZTUTIL_C_API int code_unicode_to_utf8_reversebyte(const unsigned int* pInput, int count,
                                                   char* pOutput, int outSize);
 
@@ -73,15 +88,18 @@ ZTUTIL_C_API int code_unicode_to_gbk(const unsigned int* pInput, char* pOutput, 
 ZTUTIL_C_API int code_gbk_to_unicode(const char* pInput, unsigned int* pOutput, int length);
 
 // UTF-8 to GBK through code_utf8_to_unicode with a limit of 3 units per input
-// byte, then code_unicode_to_gbk. No terminator is written. Malformed input
-// turns into runs of zero bytes, so pOutput needs up to 4 * strlen + 1 bytes
-// in the worst case. Returns the bytes written, 0 for null arguments or when
-// the scratch cannot be allocated.
+// byte, then code_unicode_to_gbk. No terminator is written. A malformed
+// sequence turns into zero bytes up to the unit limit (3n + 1 units in all),
+// and a unit before it can take two bytes for one input byte (a stray
+// continuation byte), so pOutput needs 4 * strlen bytes in the worst case
+// (reached by n - 1 bytes 0x80 followed by a lone 0xC2). Returns the bytes
+// written, 0 for null arguments or when the scratch cannot be allocated.
 ZTUTIL_C_API int code_utf8_to_gbk(const char* pInput, char* pOutput);
 
 // NUL-terminated GBK to UTF-8 with the output rules of code_unicode_to_utf8.
-// Returns the bytes written, 0 for a null text or when the scratch cannot be
-// allocated.
+// Every byte gives at most one code of at most 3 bytes, so up to
+// min(outSize + 3, 3 * strlen + 1) bytes are written. Returns the bytes
+// written, 0 for a null text or when the scratch cannot be allocated.
 ZTUTIL_C_API int code_gbk_to_utf8(const char* pInput, char* pOutput, int outSize);
 
 // Unicode to code-page code for the single-byte pages 437, 720, 737, 771,

@@ -6,6 +6,7 @@
 #include "ztutil_global.h"
 
 // Digest choice of ZTDigest: 0 is SM3 (32 bytes), anything else SHA-1 (20).
+// The fixed underlying type makes "anything else" any int value.
 #ifdef __cplusplus
 enum enDigestType : int {
 #else

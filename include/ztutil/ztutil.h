@@ -33,13 +33,21 @@ public:
     Q_INVOKABLE BOOL rsaDigest(BYTE* pbtData, uint dwDataLen, BYTE* pbtHashData,
                                uint* pdwHashDataLength);
 
-    // GBK bytes to UTF-8 carried in a QString, one character per byte.
+    // The conversions never give more than the sizes stated with them, for
+    // any input (a byte the codec cannot read becomes one replacement
+    // character, U+FFFD or '?').
+    // GBK bytes to UTF-8 carried in a QString, one character per byte, up to
+    // the first zero byte: at most 3 characters per input byte.
     Q_INVOKABLE QString Multi2Utf8(QByteArray data);
-    // UTF-8 carried in a QString, one character per byte, to GBK bytes.
+    // UTF-8 carried in a QString, one character per byte, to GBK bytes: at
+    // most 2 bytes per input character.
     Q_INVOKABLE QByteArray Utf8toMulti(QString strUtf8);
-    // Native wide characters (32-bit units) to UTF-8 carried in a QString.
+    // Native wide characters (32-bit units) to UTF-8 carried in a QString, up
+    // to the first zero unit: at most 4 characters per started unit, so
+    // data.size() + 3 in all.
     Q_INVOKABLE QString Wide2Utf8(QByteArray data);
-    // UTF-8 carried in a QString to native wide characters, no terminator.
+    // UTF-8 carried in a QString to native wide characters, no terminator:
+    // at most 4 bytes (one unit) per input character.
     Q_INVOKABLE QByteArray Utf8toWide(QString strUtf8);
 };
 

@@ -17,7 +17,9 @@
 
 #include "ztutil_global.h"
 
-enum enAlgoIDType {
+// Hosts pass any int here; the fixed underlying type keeps values outside
+// the enumerators defined (they select no algorithm).
+enum enAlgoIDType : int {
     ALGO_SM2 = 0,  // SM2 with SM3 and the user hash of the default ID
     ALGO_RSA = 1   // RSA PKCS#1 v1.5 with SHA-1
 };

@@ -40,8 +40,10 @@ QString ZTCertificate::GetCertParam(QByteArray qCert, int iParamID, int iParamSt
 }
 
 QString ZTCertificate::GetCertString(QByteArray qbCert) {
-    // Text up to the first zero byte.
-    const QString text = QString::fromLatin1(qbCert.constData());
+    // Text up to the first zero byte, or all of it: the array need not be
+    // terminated (a host may pass raw data).
+    const QString text =
+        QString::fromLatin1(qbCert.constData(), static_cast<int>(qstrnlen(qbCert.constData(), qbCert.size())));
     if (qbCert.isEmpty())
         return QString();
     if (text.contains(QLatin1String("CERTIFICATE")))

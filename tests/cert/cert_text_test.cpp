@@ -18,6 +18,10 @@ TEST(CertText, PemAndDerBothWays) {
     // PEM text is passed through up to the first zero.
     EXPECT_EQ(converter.GetCertString(wrapped), QString::fromLatin1(wrapped));
     EXPECT_EQ(converter.GetCertString(QByteArray("CERTIFICATE\0tail", 16)), "CERTIFICATE");
+    // An array without a terminator is read up to its end, not past it (ASan checks).
+    const std::vector<char> raw(7, 'A');
+    EXPECT_EQ(converter.GetCertString(QByteArray::fromRawData(raw.data(), 7)),
+              kBegin + QStringLiteral("QUFBQUFBQQ==-----END CERTIFICATE-----"));
     EXPECT_EQ(converter.GetCertString(QByteArray()), QString());
     // Bare Base64 decodes directly; unknown characters read as padding.
     EXPECT_EQ(converter.GetCertByteArray(QString::fromLatin1(der.toBase64())), der);

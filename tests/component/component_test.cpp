@@ -1,6 +1,8 @@
 // The exported C entry points (version query, component creation, the
 // agent), Q_Dispatch calling a host object by method name, and
 // createComponentObject asking the host through the agent.
+#include <sys/wait.h>
+
 #include <QDateTime>
 #include <QPointer>
 #include <memory>
@@ -74,8 +76,9 @@ TEST(Agent, LifecycleOfTheSingleAgent) {
     EXPECT_EQ(createComponentObject(QStringLiteral("A"), QStringLiteral("B")), nullptr);
     ComponentDestroy();
     EXPECT_EQ(getSignatureCore(), nullptr);
-    ASSERT_FALSE(first.isNull()) << "the earlier agent must stay alive";
-    delete first.data();
+    // The earlier agent stays alive, unreferenced: the contract's kept leak,
+    // which the sanitizer build's leak check must accept (by its own name).
+    EXPECT_FALSE(first.isNull()) << "the earlier agent must stay alive";
     ComponentDestroy();
     EXPECT_EQ(getSignatureCore(), nullptr);
 }
@@ -102,6 +105,7 @@ public:
         buffer[0] = 0x5A;
         *length = 1;
     }
+    Q_INVOKABLE void leak() { new QString(QStringLiteral("never freed")); }
     Q_INVOKABLE QDateTime stamp(QDateTime when, qint64 offset) { return when.addSecs(offset); }
 };
 
@@ -167,6 +171,23 @@ TEST(Dispatch, FailedLookupsListTheHostsMethods) {
     EXPECT_EQ(result, 5);
     EXPECT_EQ(debug.lines().size(), lines);
 }
+
+#if defined(__SANITIZE_ADDRESS__)
+// The dispatcher's kept leak is suppressed by the name of the function that
+// allocates it, not by the dispatcher's own frame: a leak made by a host
+// method called through it is still reported.
+TEST(DispatchDeathTest, HostMethodLeaksAreStillReported) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            FakeHost host;
+            Q_Dispatch(&host).invokeHelper(QStringLiteral("leak"), nullptr);
+            std::exit(0);
+        },
+        [](int status) { return WIFEXITED(status) && WEXITSTATUS(status) != 0; },
+        "LeakSanitizer: detected memory leaks");
+}
+#endif
 
 TEST(CreateComponentObject, AsksTheHostThroughTheAgent) {
     FakeHost host;

@@ -220,6 +220,9 @@ TEST(Gbk, MalformedUtf8FillsTheWholeScratch) {
         EXPECT_EQ(utf8ToGbk(mixed).size(), 3 * mixed.size() + 1 + repeat) << repeat;
     }
     EXPECT_EQ(utf8ToGbk("\xC2"), std::string(4, '\0'));
+    // The documented worst case, 4 bytes per input byte: stray continuation
+    // bytes (two bytes each) before a broken sequence.
+    EXPECT_EQ(utf8ToGbk(std::string(12, '\x80') + "\xC2").size(), 4u * 13);
     EXPECT_EQ(utf8ToGbk("ab\xE4"), std::string("ab") + std::string(8, '\0'));
 }
 

@@ -3,9 +3,9 @@
 
 #include <QTemporaryFile>
 
-#include "args.h"
-#include "cli.h"
-#include "input.h"
+#include "cli/args.h"
+#include "cli/cli.h"
+#include "cli/input.h"
 #include "support/qt_printers.h"
 
 namespace {

@@ -11,58 +11,22 @@
 #include <QTemporaryFile>
 #include <vector>
 
-#include "asn_tree.h"
-#include "certificate_input.h"
-#include "cli.h"
-#include "host_session.h"
-#include "sm2_signature.h"
+#include "cli/cli.h"
+#include "host/host_session.h"
+#include "services/asn_tree.h"
+#include "services/certificate_input.h"
+#include "services/sm2_signature.h"
 #include "support/qt_printers.h"
+#include "tools/tool_support.h"
 
 namespace {
 
-QByteArray example(const char* name) {
-    QFile file(QStringLiteral(ZTHOST_EXAMPLES_DIR "/") + QLatin1String(name));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-    return file.readAll();
-}
-
-struct Element {
-    int offset, tag, header, length;
-    QString oid;
-    bool operator==(const Element& o) const {
-        return offset == o.offset && tag == o.tag && header == o.header && length == o.length && oid == o.oid;
-    }
-};
-
-void flatten(const AsnNode& node, std::vector<Element>* out) {
-    out->push_back({node.offset, node.tag, node.headerLength, node.contentLength,
-                    node.tag == 6 ? node.libraryText : QString()});
+void flatten(const AsnNode& node, std::vector<DerSeen>* out) {
+    const der::Element& element = node.element;
+    out->push_back({element.offset(), element.tag, element.headerLength(), element.content.size(),
+                    element.tag == der::tag::kOid ? node.libraryText : QString()});
     for (const AsnNode& child : node.children)
         flatten(child, out);
-}
-
-void walkWithOpenSsl(const unsigned char* start, const unsigned char* p, long available, std::vector<Element>* out) {
-    const unsigned char* end = p + available;
-    while (p < end) {
-        const unsigned char* header = p;
-        long length = 0;
-        int tag = 0, xclass = 0;
-        const int flags = ASN1_get_object(&p, &length, &tag, &xclass, end - p);
-        ASSERT_EQ(flags & 0x80, 0);
-        QString oid;
-        if (header[0] == 6) {
-            const unsigned char* objectStart = header;
-            ASN1_OBJECT* object = d2i_ASN1_OBJECT(nullptr, &objectStart, p + length - header);
-            char text[128];
-            OBJ_obj2txt(text, sizeof text, object, 1);
-            ASN1_OBJECT_free(object);
-            oid = QString::fromLatin1(text);
-        }
-        out->push_back({int(header - start), header[0], int(p - header), int(length), oid});
-        if (flags & V_ASN1_CONSTRUCTED)
-            walkWithOpenSsl(start, p, length, out);
-        p += length;
-    }
 }
 
 class LibraryWalk : public ::testing::Test {
@@ -88,10 +52,11 @@ protected:
 TEST_F(LibraryWalk, AsnTreeMatchesOpenSsl) {
     for (const char* name : {"sm2-cert.der", "rsa-cert.der", "gm-seal.der", "zw-seal.der", "seal.der"}) {
         const QByteArray der = example(name);
-        std::vector<Element> ours, openssl;
-        flatten(readAsnTree(session_, der, QLatin1String(name)), &ours);
-        const auto* bytes = reinterpret_cast<const unsigned char*>(der.constData());
-        walkWithOpenSsl(bytes, bytes, der.size(), &openssl);
+        std::vector<DerSeen> ours;
+        const AsnTree tree = readAsnTree(session_, der, QLatin1String(name));
+        EXPECT_TRUE(tree.disagreements.isEmpty()) << name;
+        flatten(tree.root, &ours);
+        const std::vector<DerSeen> openssl = openSslWalk(der);
         ASSERT_EQ(ours.size(), openssl.size()) << name;
         for (size_t i = 0; i < ours.size(); ++i)
             EXPECT_TRUE(ours[i] == openssl[i]) << name << " element " << i << " at " << openssl[i].offset;

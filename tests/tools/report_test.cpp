@@ -5,14 +5,14 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include "report.h"
+#include "output/report.h"
 #include "support/qt_printers.h"
 
 namespace {
 
 Report sample() {
     Report inner = Report::object();
-    inner.set("name", QString::fromUtf8("电子印章 \"quoted\" back\\slash\ttab\x01"));
+    inner.set("name", QString::fromUtf8("电子印章 😀 \"quoted\" back\\slash\ttab\x01"));
     Report list = Report::array();
     list.append(Report::number(-7)).append(Report::boolean(false)).append(Report());
     Report report = Report::object();
@@ -27,13 +27,21 @@ TEST(Report, JsonIsValidAndKeepsTheOrder) {
     ASSERT_EQ(error.error, QJsonParseError::NoError) << json.constData();
     const QJsonObject object = document.object();
     EXPECT_EQ(object.value("inner").toObject().value("name").toString(),
-              QString::fromUtf8("电子印章 \"quoted\" back\\slash\ttab\x01"));
+              QString::fromUtf8("电子印章 😀 \"quoted\" back\\slash\ttab\x01"));
+    // Outside the Basic Multilingual Plane: one character, four UTF-8 bytes.
+    EXPECT_TRUE(json.contains("\xf0\x9f\x98\x80"));
     EXPECT_EQ(object.value("list").toArray().at(0).toInt(), -7);
     EXPECT_TRUE(object.value("list").toArray().at(2).isNull());
     EXPECT_TRUE(object.value("empty").toArray().isEmpty());
     // Members come out in the order they were set (zeta before alpha).
     EXPECT_LT(json.indexOf("\"zeta\""), json.indexOf("\"alpha\""));
     EXPECT_TRUE(json.endsWith("}\n"));
+}
+
+TEST(Report, LoneSurrogatesAreEscaped) {
+    Report report = Report::object();
+    report.set("s", QString(QChar(0xD83D)) + QLatin1Char('x'));
+    EXPECT_EQ(report.toJson(), QByteArray("{\n  \"s\": \"\\ud83dx\"\n}\n"));
 }
 
 TEST(Report, SettingAKeyAgainReplacesItInPlace) {

@@ -6,6 +6,8 @@
 #   INPUT            a file to feed on standard input
 #   COMPARE          two files that must be equal afterwards ("a;b")
 #   CLEAN            a file to remove before the run
+#   PIPE             a command standard output is piped into; its output
+#                    and exit status are then the ones checked
 if(CLEAN)
   file(REMOVE ${CLEAN})
 endif()
@@ -13,7 +15,11 @@ set(stdin_option)
 if(INPUT)
   set(stdin_option INPUT_FILE ${INPUT})
 endif()
-execute_process(COMMAND ${EMULATOR} ${ZTHOST} ${ARGS} ${stdin_option}
+set(pipe_option)
+if(PIPE)
+  set(pipe_option COMMAND ${PIPE})
+endif()
+execute_process(COMMAND ${EMULATOR} ${ZTHOST} ${ARGS} ${pipe_option} ${stdin_option}
   RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err)
 set(report "stdout:\n${out}\nstderr:\n${err}")
 if(NOT "${status}" STREQUAL "${EXPECTED_EXIT}")

@@ -3,8 +3,9 @@
 #include <QCoreApplication>
 #include <QStringList>
 
-#include "cli.h"
-#include "console.h"
+#include "cli/cli.h"
+#include "output/console.h"
+#include "output/report.h"
 
 namespace {
 
@@ -89,6 +90,31 @@ bool parseInvocation(QStringList args, Invocation* invocation, int* status) {
     return true;
 }
 
+// --json among the options of a command that has it.
+bool jsonRequested(const Invocation& invocation) {
+    if (!QByteArray(invocation.command->usage).contains("--json"))
+        return false;
+    for (const QString& argument : invocation.arguments) {
+        if (argument == QLatin1String("--"))
+            break;
+        if (argument == QLatin1String("--json"))
+            return true;
+    }
+    return false;
+}
+
+// A failure under --json is still one JSON object on standard output, so
+// that a script never parses an empty result.
+void reportFailureAsJson(const Invocation& invocation, const Context& context, const CommandFailure& failure) {
+    if (!jsonRequested(invocation) || console::resultsWritten())
+        return;
+    printReport(Report::object()
+                    .set("error", failure.message)
+                    .set("command", context.commandPath())
+                    .set("status", failure.status),
+                true);
+}
+
 int runCommand(const Invocation& invocation) {
     Context context(invocation.options);
     context.setCommandPath(QLatin1String(invocation.command->name));
@@ -98,10 +124,12 @@ int runCommand(const Invocation& invocation) {
         console::print(QString::fromUtf8(help.usage));
         return kExitOk;
     } catch (const UsageError& error) {
+        reportFailureAsJson(invocation, context, error);
         console::error(context.commandPath() + QStringLiteral(": ") + error.message);
         console::note(QStringLiteral("try 'zthost %1 --help'").arg(context.commandPath()));
         return kExitUsage;
     } catch (const CommandFailure& failure) {
+        reportFailureAsJson(invocation, context, failure);
         console::error(context.commandPath() + QStringLiteral(": ") + failure.message);
         return failure.status;
     }

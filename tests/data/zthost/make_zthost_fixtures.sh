@@ -5,6 +5,8 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 ex=../../../examples
+# shellcheck source=../../../examples/ses_genconf.sh
+source "$ex/ses_genconf.sh"  # sm2_sign_short
 
 hex() { od -An -v -tx1 | tr -d ' \n'; }
 
@@ -56,3 +58,28 @@ head -c 300 "$ex/gm-seal.der" > gm-seal-truncated.der
 
 # A DER element followed by two stray bytes.
 { cat "$ex/seal.der"; printf '\n\n'; } > seal-trailing.der
+
+# SEQUENCE { INTEGER 5 } with a long-form length where the short form would do.
+printf '\x30\x81\x03\x02\x01\x05' > long-length.der
+
+# RSA signatures the library answers wrongly: SHA-256 over other data (it
+# accepts any digest but SHA-1 without comparing), and SHA-1 with an
+# exponent-3 key and with a 1536-bit key (it takes the exponent as 65537 and
+# reads 1024- and 2048-bit keys only). One SHA-256 signature that holds.
+openssl dgst -sha256 -sign "$ex/rsa.key" -out document.rsa-sha256-forged.sig document-changed.txt
+openssl dgst -sha256 -sign "$ex/rsa.key" -out document.rsa-sha256.sig "$ex/document.txt"
+openssl dgst -sha1 -sign ../rsa/rsa1024e3_key.pem -out document.rsa-e3.sig "$ex/document.txt"
+openssl dgst -sha1 -sign ../rsa/rsa1536_key.pem -out document.rsa-1536.sig "$ex/document.txt"
+
+# An SM2 signature the library misreads (an INTEGER shorter than 32
+# bytes), and one with the signer ID alice@example.cn.
+sm2_sign_short "$ex/sm2.key" "$ex/document.txt" document.sm2-short.sig
+openssl dgst -sm3 -sign "$ex/sm2.key" -sigopt distid:alice@example.cn -out document.sm2-alice.sig "$ex/document.txt"
+
+# The signer's public key in every form verify --pubkey takes.
+openssl pkey -in "$ex/sm2.key" -pubout -out sm2-pub.pem
+openssl pkey -in "$ex/sm2.key" -pubout -outform DER -out sm2-pub.der
+tail -c 65 sm2-pub.der > sm2-pub.point65
+tail -c 64 sm2-pub.der | hex > sm2-pub.point64.hex
+{ printf '\0\1\0\0'; head -c 32 /dev/zero; tail -c 64 sm2-pub.der | head -c 32
+  head -c 32 /dev/zero; tail -c 32 sm2-pub.der; } > sm2-pub.record132
