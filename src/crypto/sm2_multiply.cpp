@@ -22,8 +22,9 @@ JacobianPoint addDigit(const JacobianPoint& sum, const AffinePoint* table, int d
                      : pointAddMixed(sum, negate(table[(-digit) >> 1]));
 }
 
-JacobianPoint addDigit(const JacobianPoint& sum, const JacobianPoint* table, int digit) {
-    return digit > 0 ? pointAdd(sum, table[digit >> 1]) : pointAdd(sum, negate(table[(-digit) >> 1]));
+JacobianPoint addDigit(const JacobianPoint& sum, const CachedPoint* table, int digit) {
+    return digit > 0 ? pointAddCached(sum, table[digit >> 1])
+                     : pointAddCached(sum, negate(table[(-digit) >> 1]));
 }
 
 // One scalar's digits and the affine table they index.
@@ -33,10 +34,11 @@ struct Term {
 };
 
 // sum over the terms of digits * table, plus the same for one optional
-// Jacobian table, most significant digit first with one doubling per digit.
-JacobianPoint accumulate(const Term* terms, int termCount, const JacobianPoint* jacobianTable,
-                         const Wnaf* jacobianDigits) {
-    int top = jacobianDigits != nullptr ? jacobianDigits->count : 0;
+// table of cached points, most significant digit first with one doubling
+// per digit.
+JacobianPoint accumulate(const Term* terms, int termCount, const CachedPoint* cachedTable,
+                         const Wnaf* cachedDigits) {
+    int top = cachedDigits != nullptr ? cachedDigits->count : 0;
     for (int k = 0; k < termCount; ++k)
         top = terms[k].digits->count > top ? terms[k].digits->count : top;
     JacobianPoint sum = infinity();
@@ -46,8 +48,8 @@ JacobianPoint accumulate(const Term* terms, int termCount, const JacobianPoint* 
         for (int k = 0; k < termCount; ++k)
             if (terms[k].digits->digit[i] != 0)
                 sum = addDigit(sum, terms[k].table, terms[k].digits->digit[i]);
-        if (jacobianDigits != nullptr && jacobianDigits->digit[i] != 0)
-            sum = addDigit(sum, jacobianTable, jacobianDigits->digit[i]);
+        if (cachedDigits != nullptr && cachedDigits->digit[i] != 0)
+            sum = addDigit(sum, cachedTable, cachedDigits->digit[i]);
     }
     return sum;
 }
@@ -77,8 +79,8 @@ JacobianPoint mulAddFresh(const SpacedTables& base, const U256& s, const AffineP
     Wnaf sDigits, tDigits;
     wnafRecode(s, base.width, &sDigits);
     wnafRecode(t, kFreshPointWidth, &tDigits);
-    JacobianPoint pointTable[tableSize(kFreshPointWidth)];
-    oddMultiples(pointTable, toJacobian(point), tableSize(kFreshPointWidth));
+    CachedPoint pointTable[tableSize(kFreshPointWidth)];
+    oddMultiples(pointTable, point, tableSize(kFreshPointWidth));
     const Term term = {base.rows, &sDigits};
     return accumulate(&term, 1, pointTable, &tDigits);
 }

@@ -17,6 +17,12 @@ struct JacobianPoint {
     FieldElement x, y, z;
 };
 
+// A finite Jacobian point with Z^2 and Z^3 kept beside it: an entry of a
+// table built for one multiplication and added many times.
+struct CachedPoint {
+    FieldElement x, y, z, zz, zzz;
+};
+
 AffinePoint generator();
 bool onCurve(const AffinePoint& point);
 
@@ -26,13 +32,20 @@ JacobianPoint toJacobian(const AffinePoint& point);
 AffinePoint negate(const AffinePoint& point);
 JacobianPoint negate(const JacobianPoint& point);
 
-// 2P, with a = -3 (3M + 5S); the point at infinity stays there.
+// 2P, with a = -3 (4M + 4S); the point at infinity stays there.
 JacobianPoint pointDouble(const JacobianPoint& point);
 // P + Q for a finite affine Q (8M + 3S); P = Q doubles, P = -Q gives the
 // point at infinity, P at infinity gives Q.
 JacobianPoint pointAddMixed(const JacobianPoint& p, const AffinePoint& q);
 // P + Q, both Jacobian (12M + 4S), with the same special cases.
 JacobianPoint pointAdd(const JacobianPoint& p, const JacobianPoint& q);
+// P + Q for a table entry Q (11M + 3S), with the same special cases.
+JacobianPoint pointAddCached(const JacobianPoint& p, const CachedPoint& q);
+CachedPoint negate(const CachedPoint& point);
+
+// P, 3P, ..., (2 count - 1) P for a finite affine P of odd order (every
+// point of the curve but infinity), by co-Z additions (5M + 2S each).
+void oddMultiples(CachedPoint* out, const AffinePoint& point, int count);
 
 // Affine forms of `count` finite points with one field inversion
 // (Montgomery's simultaneous inversion).

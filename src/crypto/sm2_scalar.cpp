@@ -13,9 +13,7 @@ bool scalarInRange(const U256& value) {
 U256 scalarAdd(const U256& a, const U256& b) {
     U256 sum;
     const u64 carry = add256(&sum, a, b);
-    U256 out;
-    reduceOnce(&out, sum, carry, kGroupOrder);
-    return out;
+    return reduceOnce(sum, carry, kGroupOrder);
 }
 
 void wnafRecode(const U256& value, int width, Wnaf* out) {

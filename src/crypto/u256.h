@@ -10,9 +10,11 @@
 
 // GCC 12 turns the portable carry chains below into flag round trips
 // (SETC and re-add) on x86-64; its add-with-carry intrinsics there give
-// plain ADC/SBB chains. Other targets compile the portable form (GCC 12 for
-// 64-bit Arm makes ADDS/CSET of it, correct but not ADCS chains).
-#if defined(__x86_64__)
+// plain ADC/SBB chains (every x86-64 CPU has ADC/SBB). Other targets compile
+// the portable form (GCC 12 for 64-bit Arm makes ADDS/CSET of it, correct
+// but not ADCS chains); defining ZTUTIL_PORTABLE_CARRY compiles it on
+// x86-64 too, to measure it there.
+#if defined(__x86_64__) && !defined(ZTUTIL_PORTABLE_CARRY)
 #include <x86intrin.h>
 #define ZTUTIL_X86_CARRY 1
 #else
@@ -86,15 +88,35 @@ inline bool equal256(const U256& a, const U256& b) {
             (a.limb[3] ^ b.limb[3])) == 0;
 }
 
-// out = a - m when a >= m or when `extra` (a bit above a's top limb) is
-// set, else a; for values below 2m this is the final step of a reduction.
-// Branch-free: m is subtracted and, when that was wrong, added back masked.
-inline void reduceOnce(U256* out, const U256& a, u64 extra, const U256& m) {
+// lo(a * b + c + *carry), the high half replacing *carry. Never overflows:
+// (2^64 - 1)^2 + 2 (2^64 - 1) = 2^128 - 1.
+inline u64 mulAdd(u64 a, u64 b, u64 c, u64* carry) {
+    const u128 sum = static_cast<u128>(a) * b + c + *carry;
+    *carry = static_cast<u64>(sum >> 64);
+    return static_cast<u64>(sum);
+}
+
+// m where `condition` holds, else 0, limb by limb. Written as a choice of
+// constants, GCC and clang make conditional moves of it, which leave the
+// flags alone; masking with AND would clobber the carry of the chain the
+// result goes into, and GCC then saves and restores that carry around it.
+inline U256 multipleOf(bool condition, const U256& m) {
+    U256 out;
+    for (int i = 0; i < 4; ++i)
+        out.limb[i] = condition ? m.limb[i] : 0;
+    return out;
+}
+
+// a - m when a >= m or when `extra` (a bit above a's top limb) is set, else
+// a; for values below 2m this is the final step of a reduction: m is
+// subtracted and, when that borrowed, added back.
+inline U256 reduceOnce(const U256& a, u64 extra, const U256& m) {
     U256 less;
-    const u64 borrow = sub256(&less, a, m);
-    const u64 mask = u64(0) - (borrow & (extra ^ 1));
-    const U256 back = {{m.limb[0] & mask, m.limb[1] & mask, m.limb[2] & mask, m.limb[3] & mask}};
-    add256(out, less, back);
+    u64 borrow = sub256(&less, a, m);
+    subBorrow(extra, 0, &borrow);  // still set: a + extra 2^256 < m
+    U256 out;
+    add256(&out, less, multipleOf(borrow != 0, m));
+    return out;
 }
 
 // The 32 big-endian bytes of a number and back.
