@@ -66,8 +66,9 @@ bool isAcceptedTime(const ASN1_TIME* time) {
     return text.size() == length && text.endsWith('Z');
 }
 
-// The library refuses a name with an empty SET; OpenSSL reads it as no entries.
-bool hasEmptyRdn(const X509_NAME* name) {
+// The library refuses a name with an empty SET (OpenSSL reads it as no
+// entries) or with a set or attribute whose tag lacks the constructed bit.
+bool hasRdnTheLibraryRefuses(const X509_NAME* name) {
     const unsigned char* der = nullptr;
     size_t size = 0;
     if (!X509_NAME_get0_der(name, &der, &size))
@@ -77,7 +78,13 @@ bool hasEmptyRdn(const X509_NAME* name) {
     int tag = 0, tagClass = 0;
     ASN1_get_object(&cursor, &length, &tag, &tagClass, static_cast<long>(size));
     for (const unsigned char* end = cursor + length; cursor < end; cursor += length) {
-        if (ASN1_get_object(&cursor, &length, &tag, &tagClass, end - cursor) & 0x80 || length == 0)
+        const int header = ASN1_get_object(&cursor, &length, &tag, &tagClass, end - cursor);
+        if (header & 0x80 || !(header & V_ASN1_CONSTRUCTED) || length == 0)
+            return true;
+        const unsigned char* attribute = cursor;
+        long attributeLength = 0;
+        const int inner = ASN1_get_object(&attribute, &attributeLength, &tag, &tagClass, length);
+        if (inner & 0x80 || !(inner & V_ASN1_CONSTRUCTED))
             return true;
     }
     return false;
@@ -204,7 +211,8 @@ void matchesOpenSsl(const QByteArray& der) {
     const X509_NAME* subject = X509_get_subject_name(x509.get());
     const bool opened = certificate.open(element);
     if (!isAcceptedTime(X509_get0_notBefore(x509.get())) ||
-        !isAcceptedTime(X509_get0_notAfter(x509.get())) || hasEmptyRdn(issuer) || hasEmptyRdn(subject))
+        !isAcceptedTime(X509_get0_notAfter(x509.get())) || hasRdnTheLibraryRefuses(issuer) ||
+        hasRdnTheLibraryRefuses(subject))
         return;
     FUZZ_CHECK(opened);
 
