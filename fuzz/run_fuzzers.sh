@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs every fuzz target built in BUILD_DIR/bin (fuzz_<name>) with its seeds
 # (fuzz/seeds/<name>) and committed corpus (fuzz/corpus/<name>), either of
-# which may be missing.
+# which may be missing; the certificate target also reads the system's CA
+# certificates.
 #
 #   run_fuzzers.sh long  BUILD_DIR   FUZZ_SECONDS each (default 60); new inputs
 #                                    collect in BUILD_DIR/corpus/<name>
@@ -35,11 +36,29 @@ export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
 export ASAN_OPTIONS="${ASAN_OPTIONS:-allow_addr2line=1}"
 mkdir -p "$build/artifacts" "$build/logs"
 
+# The system's CA certificates as DER, made once per build folder: real-world
+# certificates the certificate target reads beside OpenSSL on every run.
+ca_certificates() {
+  local folder=$build/ca-certificates pem
+  if [ ! -d "$folder" ]; then
+    mkdir -p "$folder.partial"
+    for pem in /etc/ssl/certs/*.pem; do
+      [ -f "$pem" ] || continue
+      openssl x509 -in "$pem" -outform DER -out "$folder.partial/$(basename "$pem" .pem).der" 2>/dev/null || true
+    done
+    mv "$folder.partial" "$folder"
+  fi
+  echo "$folder"
+}
+
 # Input folders of a target that exist.
 inputs() {
   for folder in "$fuzz_dir/seeds/$1" "$fuzz_dir/corpus/$1"; do
     [ -d "$folder" ] && echo "$folder"
   done
+  if [ "$1" = certificate ] && command -v openssl >/dev/null; then
+    ca_certificates
+  fi
   return 0
 }
 
@@ -72,7 +91,7 @@ run_one() {
     return 1
   fi
 }
-export -f run_one inputs
+export -f run_one inputs ca_certificates
 export mode build fuzz_dir seconds
 
 if [ -n "${FUZZ_TARGETS:-}" ]; then
