@@ -1,7 +1,9 @@
 // The node engine: parsing, the length table, re-encoding and tree edits,
-// and real DER checked against OpenSSL's own reading.
+// and an edited certificate checked by OpenSSL's reading. Real certificates
+// parsed and re-encoded byte for byte are the asn fuzz target's seeds.
 #include <openssl/asn1.h>
 #include <openssl/bn.h>
+#include <openssl/x509.h>
 
 #include "asn_test_support.h"
 
@@ -162,44 +164,6 @@ TEST(AsnLimits, WideSequenceCostsLinearTime) {
         });
     };
     EXPECT_LT(roundTrip(100000) / roundTrip(10000), 40.0) << "tenfold input should cost about tenfold time";
-}
-
-// The engine's tree has the same nodes, tags, contents and order as
-// OpenSSL's ASN1_get_object reading of the DER.
-void expectSameTree(const stASN_BLOCK_HEADER* node, const unsigned char** p, long available, int* nodes) {
-    const int tagOctet = **p;
-    long length = 0;
-    int tag = 0, objectClass = 0;
-    const int result = ASN1_get_object(p, &length, &tag, &objectClass, available);
-    ASSERT_TRUE((result & 0x80) == 0 && tag < 31);
-    ++*nodes;
-    ASSERT_EQ(node->tag, tagOctet);
-    const unsigned char* end = *p + length;
-    if ((result & V_ASN1_CONSTRUCTED) == 0) {
-        ASSERT_EQ(content(node), QByteArray(reinterpret_cast<const char*>(*p), int(length)));
-        *p = end;
-        return;
-    }
-    for (const stASN_CHILD_LINK* link = node->firstChild; link != nullptr && !testing::Test::HasFatalFailure();
-         link = link->next)
-        expectSameTree(link->node, p, end - *p, nodes);
-    EXPECT_EQ(*p, end) << "children missing";
-}
-
-TEST(AsnRoundTrip, CertificatesParseAsOpenSslReadsThemAndReencodeExactly) {
-    const QList<QByteArray> all = QList<QByteArray>{fixture("asn_sm2_cert.der")} + caBundle();
-    ASSERT_FALSE(all.first().isEmpty()) << "fixture missing";
-    for (const QByteArray& der : all) {
-        Tree root = parse(der);
-        ASSERT_NE(root, nullptr);
-        const unsigned char* p = octets(der);
-        int nodes = 0;
-        expectSameTree(root.get(), &p, der.size(), &nodes);
-        ASSERT_FALSE(HasFatalFailure());
-        EXPECT_GT(nodes, 20);
-        EXPECT_EQ(encode(root.get()), der);
-    }
-    RecordProperty("certificates", all.size());
 }
 
 // Serial number replaced and subject name grown past the short length form:

@@ -1,7 +1,6 @@
-// Time, OBJECT IDENTIFIER and BIT STRING helpers, with glibc's timegm and
-// OpenSSL as the reference where they apply.
-#include <openssl/objects.h>
-
+// Time, OBJECT IDENTIFIER and BIT STRING helpers: the forms, quirks and
+// limits, with glibc's timegm giving the expected times. Agreement with
+// OpenSSL on arbitrary times and OIDs is the asn fuzz target's property.
 #include "asn_test_support.h"
 
 using namespace asn_test;
@@ -39,7 +38,6 @@ TEST(AsnMypint, DigitsRangeAndCursor) {
     EXPECT_EQ(error, 1) << "the flag is never cleared";
 }
 
-// The forms and limits the random comparison below does not reach.
 TEST(AsnGetTime, FormsZonesAndRefusals) {
     const std::tuple<unsigned char, std::string, long long, unsigned> cases[] = {
         {0x17, "0801011200Z", utc(2008, 1, 1, 12, 0, 0), 0}, {0x17, "080101120000+1300", 0, 1},
@@ -59,29 +57,6 @@ TEST(AsnGetTime, FormsZonesAndRefusals) {
     ScopedTimeZone zone("CST-8");  // without a zone GeneralizedTime is local
     for (const char* local : {"20080101120000", "20080101120000.999", "200801011200"})
         EXPECT_EQ(timeOf(0x18, local).first, utc(2008, 1, 1, 4, 0, 0)) << local;
-}
-
-TEST(AsnGetTime, AgreesWithTimegmOverManyDates) {
-    std::mt19937 rng(20240601);
-    const int monthDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    for (int i = 0; i < 20000; ++i) {
-        const bool generalized = i % 2 == 0;
-        const int year = generalized ? 1600 + int(rng() % 1000) : 1950 + int(rng() % 100);
-        const int month = 1 + int(rng() % 12);
-        const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-        const int day = 1 + int(rng() % (monthDays[month - 1] + (month == 2 && leap)));
-        const int hour = int(rng() % 24), minute = int(rng() % 60), second = int(rng() % 60);
-        const int zone = int(rng() % 1441) - 720;
-        char text[40];
-        std::snprintf(text, sizeof text, generalized ? "%04d%02d%02d%02d%02d%02d%c%02d%02d"
-                                                     : "%02d%02d%02d%02d%02d%02d%c%02d%02d",
-                      generalized ? year : year % 100, month, day, hour, minute, second,
-                      zone < 0 ? '-' : '+', std::abs(zone) / 60, std::abs(zone) % 60);
-        const long long expected = utc(year, month, day, hour, minute, second) - zone * 60LL;
-        const auto result = timeOf(generalized ? 0x18 : 0x17, text);
-        ASSERT_EQ(result, (year < 1970) != (expected < 0) ? std::make_pair(0LL, 2u) : std::make_pair(expected, 0u))
-            << text;
-    }
 }
 
 QByteArray oidData(const char* text) {
@@ -138,24 +113,6 @@ TEST(AsnOid, QuirksInBothDirections) {
     EXPECT_EQ(ASNGetOIDName(octets(data), 2, text, &capacity), 1u);
     EXPECT_STREQ(text, "1.2.3");
     EXPECT_EQ(ASNGetOIDName(octets(data), -1, text, &capacity) + ASNGetOIDName(octets(data), 2, text, nullptr), 0u);
-}
-
-// Where the quirks do not apply both directions agree with OpenSSL.
-TEST(AsnOid, AgreesWithOpenSsl) {
-    std::mt19937 rng(7);
-    for (int i = 0; i < 5000; ++i) {
-        std::string text = std::to_string(rng() % 2) + "." + std::to_string(rng() % 10);
-        for (int k = 0, more = 1 + int(rng() % 8); k < more; ++k)
-            text += "." + std::to_string(1 + rng() % (k % 2 ? 0x7FFFFFFFu : 300u));
-        ASN1_OBJECT* object = OBJ_txt2obj(text.c_str(), 1);
-        ASSERT_NE(object, nullptr);
-        const QByteArray reference(reinterpret_cast<const char*>(OBJ_get0_data(object)), int(OBJ_length(object)));
-        ASN1_OBJECT_free(object);
-        ASSERT_EQ(oidData(text.c_str()), reference) << text;
-        if (text.size() < 100) {
-            ASSERT_EQ(oidName(reference), QByteArray::fromStdString(text));
-        }
-    }
 }
 
 TEST(AsnBitString, ValueRecordBothWays) {

@@ -26,9 +26,7 @@ namespace {
 const int kThreads = 8;
 const int kRounds = 12;
 
-QByteArray example(const char* name) {
-    return ztutil_test::fixture(QStringLiteral("../../examples/") + QLatin1String(name));
-}
+using ztutil_test::example;
 
 unsigned char* bytes(QByteArray& array) {
     return reinterpret_cast<unsigned char*>(array.data());

@@ -70,12 +70,6 @@ TEST(Sm3Test, AnySplitAcrossBlockAndPaddingBoundariesGivesTheSameDigest) {
         const Bytes expected = opensslSm3(data);
         for (size_t cut = 0; cut <= length; ++cut)
             ASSERT_EQ(sm3InPieces(data, {cut}), expected) << length << " split at " << cut;
-        // A first piece ending on or around a block boundary, a second of every size.
-        for (size_t first : {1u, 55u, 56u, 63u, 64u}) {
-            for (size_t second = 0; first + second <= length; ++second)
-                ASSERT_EQ(sm3InPieces(data, {first, first + second}), expected)
-                    << length << " pieces " << first << "+" << second;
-        }
         std::vector<size_t> sevens;  // small pieces throughout
         for (size_t cut = 7; cut < length; cut += 7)
             sevens.push_back(cut);

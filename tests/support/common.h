@@ -1,17 +1,14 @@
 // What the tests share: GoogleTest, output capture, readable Qt values, and
 // byte helpers (literals, random data, DER TLVs written independently of the
-// library, fixture files, OpenSSL digests and the system's CA bundle).
+// library, fixture and example files, OpenSSL digests).
 #ifndef ZTUTIL_TESTS_COMMON_H
 #define ZTUTIL_TESTS_COMMON_H
 
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
 
 #include <QByteArray>
 #include <QFile>
-#include <QList>
 #include <cstring>
 #include <initializer_list>
 #include <random>
@@ -28,7 +25,7 @@ using Bytes = std::vector<unsigned char>;
 
 inline QByteArray hex(const char* text) { return QByteArray::fromHex(text); }
 inline Bytes bytesOf(const QByteArray& data) { return Bytes(data.begin(), data.end()); }
-inline Bytes fromHex(const char* text) { return bytesOf(hex(text)); }
+inline Bytes fromHex(const char* text) { return ztutil_test::bytesOf(hex(text)); }
 inline QByteArray qbytes(const Bytes& data) {
     return QByteArray(reinterpret_cast<const char*>(data.data()), static_cast<int>(data.size()));
 }
@@ -62,33 +59,26 @@ inline QByteArray derLength(qint64 length) {
 inline QByteArray tlv(unsigned char tag, const QByteArray& content) {
     return QByteArray(1, static_cast<char>(tag)) + derLength(content.size()) + content;
 }
-inline Bytes tlv(unsigned char tag, const Bytes& content) { return bytesOf(tlv(tag, qbytes(content))); }
+inline Bytes tlv(unsigned char tag, const Bytes& content) {
+    return ztutil_test::bytesOf(tlv(tag, qbytes(content)));
+}
 
-// A file under tests/data.
-inline QByteArray fixture(const QString& name) {
-    QFile file(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/") + name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+// A file under tests/data, and one of the example files in examples/ (both
+// made with the openssl command); a file that cannot be read fails the test.
+inline QByteArray readFile(const QString& path) {
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll();
+}
+inline QByteArray fixture(const QString& name) { return readFile(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/") + name); }
+inline QByteArray example(const QString& name) {
+    return readFile(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/../../examples/") + name);
 }
 
 inline Bytes digest(const EVP_MD* md, const Bytes& data) {
     Bytes out(static_cast<size_t>(EVP_MD_get_size(md)));
     EVP_Digest(data.data(), data.size(), out.data(), nullptr, md, nullptr);
     return out;
-}
-
-// Every certificate of the system's CA bundle, as DER (empty without one).
-inline QList<QByteArray> caBundle() {
-    QList<QByteArray> certificates;
-    BIO* bio = BIO_new_file("/etc/ssl/certs/ca-certificates.crt", "r");
-    while (X509* certificate = bio ? PEM_read_bio_X509(bio, nullptr, nullptr, nullptr) : nullptr) {
-        unsigned char* der = nullptr;
-        const int length = i2d_X509(certificate, &der);
-        certificates << QByteArray(reinterpret_cast<char*>(der), length);
-        OPENSSL_free(der);
-        X509_free(certificate);
-    }
-    BIO_free(bio);
-    return certificates;
 }
 
 }  // namespace ztutil_test

@@ -50,6 +50,29 @@ Bytes Sm2Signer::certificate(long notBeforeSeconds, long notAfterSeconds, long v
     X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("ZTUtil test"), -1,
                                -1, 0);
     X509_set_issuer_name(certificate, name);
+    return signedDer(certificate);
+}
+
+Bytes Sm2Signer::certificate(const CertificateRecipe& recipe) const {
+    X509* certificate = X509_new();
+    X509_set_version(certificate, 2);
+    ASN1_INTEGER_set(X509_get_serialNumber(certificate), 0x1234);
+    for (const auto* names : {&recipe.issuer, &recipe.subject}) {
+        X509_NAME* name = names == &recipe.issuer ? X509_get_issuer_name(certificate)
+                                                  : X509_get_subject_name(certificate);
+        for (const auto& entry : *names)
+            X509_NAME_add_entry_by_txt(name, entry.first.c_str(), MBSTRING_UTF8,
+                                       reinterpret_cast<const unsigned char*>(entry.second.c_str()), -1, -1, 0);
+    }
+    for (ASN1_TIME* time : {X509_getm_notBefore(certificate), X509_getm_notAfter(certificate)}) {
+        const std::string& text = time == X509_getm_notBefore(certificate) ? recipe.notBefore : recipe.notAfter;
+        ASN1_STRING_set(time, text.data(), static_cast<int>(text.size()));
+        time->type = text.size() >= 15 ? V_ASN1_GENERALIZEDTIME : V_ASN1_UTCTIME;
+    }
+    return signedDer(certificate);
+}
+
+Bytes Sm2Signer::signedDer(X509* certificate) const {
     X509_set_pubkey(certificate, key_);
     EXPECT_GT(X509_sign(certificate, key_, EVP_sm3()), 0);
     unsigned char* der = nullptr;

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "cli/cli.h"
-#include "host/host_session.h"
 #include "services/asn_tree.h"
 #include "services/certificate_input.h"
 #include "services/sm2_signature.h"
@@ -29,14 +28,8 @@ void flatten(const AsnNode& node, std::vector<DerSeen>* out) {
         flatten(child, out);
 }
 
-class LibraryWalk : public ::testing::Test {
+class LibraryWalk : public LoadedLibraryTest {
 protected:
-    void SetUp() override {
-        QString error;
-        ASSERT_TRUE(session_.start(QStringLiteral(ZTUTIL_BINARY_DIR "/bin/libZTUtil.so.1"), &error))
-            << error.toStdString();
-    }
-
     QString temporary(const QByteArray& content) {
         auto* file = new QTemporaryFile(&owner_);
         EXPECT_TRUE(file->open());
@@ -45,7 +38,6 @@ protected:
         return file->fileName();
     }
 
-    HostSession session_;
     QObject owner_;
 };
 

@@ -12,7 +12,6 @@
 
 #include "crypto/public_key.h"
 #include "crypto/rsa_strict.h"
-#include "host/host_session.h"
 #include "readers/certificate_fields.h"
 #include "services/signature_check.h"
 #include "services/sm2_digest.h"
@@ -22,10 +21,6 @@
 
 namespace {
 
-QByteArray testData(const char* path) {
-    return readTestFile(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/") + QLatin1String(path));
-}
-
 QByteArray derOfPem(const QByteArray& pem) {
     const QByteArray begin = "-----BEGIN CERTIFICATE-----";
     const int from = pem.indexOf(begin) + begin.size();
@@ -33,20 +28,12 @@ QByteArray derOfPem(const QByteArray& pem) {
 }
 
 EvpPkeyPtr rsaTestKey() {
-    const QByteArray pem = testData("rsa/rsa2048_key.pem");
+    const QByteArray pem = fixture("rsa/rsa2048_key.pem");
     const std::unique_ptr<BIO, OpenSslFree<BIO, BIO_free_all>> bio(BIO_new_mem_buf(pem.constData(), pem.size()));
     return EvpPkeyPtr(PEM_read_bio_PrivateKey(bio.get(), nullptr, nullptr, nullptr));
 }
 
-class StrictChecks : public ::testing::Test {
-protected:
-    void SetUp() override {
-        QString error;
-        ASSERT_TRUE(session_.start(QStringLiteral(ZTUTIL_BINARY_DIR "/bin/libZTUtil.so.1"), &error))
-            << error.toStdString();
-    }
-    HostSession session_;
-};
+class StrictChecks : public LoadedLibraryTest {};
 
 // e = SM3(Z || M) with Z assembled by zthost from OpenSSL's curve and
 // streamed through the library's SM3, in uneven pieces, against the
@@ -73,11 +60,11 @@ TEST_F(StrictChecks, StreamedSm2DigestIsTheLibrarysOneCall) {
 // strict answer is the truth of how openssl made each signature.
 TEST_F(StrictChecks, LibraryAnswerIsVerifySignatureValues) {
     const QByteArray document = example("document.txt");
-    const QByteArray changed = testData("zthost/document-changed.txt");
-    const QByteArray raw = QByteArray::fromHex(testData("zthost/document.sm2.sig64.hex").trimmed());
-    const QByteArray wide = QByteArray::fromHex(testData("zthost/document.sm2.sig128.hex").trimmed());
+    const QByteArray changed = fixture("zthost/document-changed.txt");
+    const QByteArray raw = QByteArray::fromHex(fixture("zthost/document.sm2.sig64.hex").trimmed());
+    const QByteArray wide = QByteArray::fromHex(fixture("zthost/document.sm2.sig128.hex").trimmed());
     const QByteArray cert = example("sm2-cert.der");
-    const QByteArray version1 = derOfPem(testData("chain/version1-expired.pem"));
+    const QByteArray version1 = derOfPem(fixture("chain/version1-expired.pem"));
     struct Case {
         const char* what;
         QByteArray signature;
@@ -89,7 +76,7 @@ TEST_F(StrictChecks, LibraryAnswerIsVerifySignatureValues) {
         {"DER", example("document.sm2.sig"), SignatureForm::Der, cert, document, true},
         {"r || s", raw, SignatureForm::Bytes64, cert, document, true},
         {"128-byte form", wide, SignatureForm::Bytes128, cert, document, true},
-        {"short INTEGER", testData("zthost/document.sm2-short.sig"), SignatureForm::Der, cert, document, true},
+        {"short INTEGER", fixture("zthost/document.sm2-short.sig"), SignatureForm::Der, cert, document, true},
         {"other data", example("document.sm2.sig"), SignatureForm::Der, cert, changed, false},
         {"other signature", example("gm-tbs.sig"), SignatureForm::Der, cert, document, false},
         {"version-1 certificate", example("document.sm2.sig"), SignatureForm::Der, version1, document, true},
@@ -175,8 +162,8 @@ TEST_F(StrictChecks, RsaCheckWantsExactDigestInfo) {
 // output: UTF8String and BMPString Chinese names among them.
 TEST_F(StrictChecks, NamesReadAsOpenSslPrintsThem) {
     const unsigned long flags = XN_FLAG_SEP_CPLUS_SPC | XN_FLAG_FN_SN | ASN1_STRFLGS_UTF8_CONVERT;
-    for (const QByteArray& der : {derOfPem(testData("chain/leaf.pem")), testData("cert/sm2_bmp_name.der"),
-                                  example("sm2-cert.der"), testData("cert/sm2_v3.der")}) {
+    for (const QByteArray& der : {derOfPem(fixture("chain/leaf.pem")), fixture("cert/sm2_bmp_name.der"),
+                                  example("sm2-cert.der"), fixture("cert/sm2_v3.der")}) {
         const CertificateFields fields = readCertificateFields(ByteView::of(der));
         X509Ptr certificate = parseX509(der);
         ASSERT_TRUE(certificate);

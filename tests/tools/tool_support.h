@@ -1,5 +1,5 @@
 // What zthost's tests share: the files they read (the examples and the OFD
-// test documents) and OpenSSL's walk over a DER document.
+// test documents), the loaded library, and OpenSSL's walk over a DER document.
 #ifndef ZTHOST_TESTS_TOOL_SUPPORT_H
 #define ZTHOST_TESTS_TOOL_SUPPORT_H
 
@@ -8,23 +8,27 @@
 #include <openssl/objects.h>
 
 #include <QByteArray>
-#include <QFile>
 #include <QString>
 #include <vector>
 
-inline QByteArray readTestFile(const QString& path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
-}
+#include "host/host_session.h"
+#include "support/common.h"
 
-inline QByteArray example(const char* name) {
-    return readTestFile(QStringLiteral(ZTHOST_EXAMPLES_DIR "/") + QLatin1String(name));
-}
+using ztutil_test::example;
+using ztutil_test::fixture;
 
-inline QByteArray ofdData(const char* name) {
-    return readTestFile(QStringLiteral(ZTUTIL_TEST_DATA_DIR "/ofd/") + QLatin1String(name));
-}
+inline QByteArray ofdData(const char* name) { return fixture(QStringLiteral("ofd/") + QLatin1String(name)); }
+
+// Tests that call the built libZTUtil.so.1 through a host session, as zthost does.
+class LoadedLibraryTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        QString error;
+        ASSERT_TRUE(session_.start(QStringLiteral(ZTUTIL_BINARY_DIR "/bin/libZTUtil.so.1"), &error))
+            << error.toStdString();
+    }
+    HostSession session_;
+};
 
 // One DER element as a walk over a document sees it; `oid` is the dotted
 // text of an OBJECT IDENTIFIER, empty otherwise.
