@@ -38,14 +38,24 @@ inline void reduceRound(u64& t0, u64& t1, u64& t2, u64& t3) {
     t3 = subBorrow(top, hi, &borrow);
 }
 
-// (low, high, overflow) += a * b: one column step of a product.
+// (low, high, overflow) += a * b: one column step of a product. With the
+// x86-64 carry intrinsics as one carry chain; elsewhere as a 128-bit
+// addition (ADDS/ADCS on 64-bit Arm) and one comparison for the overflow.
 inline void addProduct(u64 a, u64 b, u64& low, u64& high, u64& overflow) {
+#if ZTUTIL_X86_CARRY
     u64 productHigh = 0;
     const u64 productLow = mulAdd(a, b, 0, &productHigh);
     u64 carry = 0;
     low = addCarry(low, productLow, &carry);
     high = addCarry(high, productHigh, &carry);
     overflow = addCarry(overflow, 0, &carry);
+#else
+    const u128 product = static_cast<u128>(a) * b;
+    const u128 sum = ((static_cast<u128>(high) << 64) | low) + product;
+    overflow += sum < product;
+    low = static_cast<u64>(sum);
+    high = static_cast<u64>(sum >> 64);
+#endif
 }
 
 // The column sum's lowest limb; the rest moves down one limb.
