@@ -18,7 +18,8 @@
 #                        attributes over the SM3 of Signature.xml
 #   changed-page.ofd, changed-signature-xml.ofd, flipped-bit.ofd,
 #   missing-file.ofd, wrong-datahash.ofd, expired-seal.ofd, not-a-zip.ofd,
-#   malformed-xml.ofd, bomb.ofd, escape.ofd      damaged variants
+#   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd
+#                                                damaged variants
 #   seal-v4.esl, seal-v1.esl, ses-v4.der, ses-v1.der   the parts on their own
 #   picture.png          the picture inside the seals (a stand-in)
 set -euo pipefail
@@ -163,6 +164,18 @@ with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfil
         if item.filename == "Doc_0/Signs/Signatures.xml":
             data = data.replace(b'BaseLoc="Sign_0/Signature.xml"', b'BaseLoc="../../../etc/passwd"')
         bad.writestr(item, data)
+PY
+# The page twice: the signed one, then a changed one under "\" separators,
+# which a lenient viewer may show instead.
+python3 - duplicate-entry.ofd <<'PY'
+import sys, zipfile
+page = "Doc_0/Pages/Page_0/Content.xml"
+with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as bad:
+    for item in good.infolist():
+        data = good.read(item)
+        bad.writestr(item, data)
+        if item.filename == page:
+            bad.writestr(page.replace("/", "\\"), data.replace(b"100.00 CNY", b"900.00 CNY"))
 PY
 # Correctly signed, but the data hash is not that of Signature.xml.
 dir=$work/wrong-datahash
