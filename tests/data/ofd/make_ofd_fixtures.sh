@@ -16,6 +16,8 @@
 #                        attributes, detached
 #   sign-gm.ofd          Type="Sign": GM/T 0010 signedData without signed
 #                        attributes over the SM3 of Signature.xml
+#   sign-no-time.ofd     the same without a signing time, by an expired
+#                        certificate
 #   changed-page.ofd, changed-signature-xml.ofd, flipped-bit.ofd,
 #   missing-file.ofd, wrong-datahash.ofd, expired-seal.ofd, not-a-zip.ofd,
 #   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd
@@ -86,10 +88,11 @@ ofd_zip "$dir" v1.ofd
 
 # Type="Sign", PKCS #7 with signed attributes, detached: the signature
 # covers the attributes, whose messageDigest is the SM3 of Signature.xml.
-sign_ofd() {  # NAME, then what differs
+sign_ofd() {  # NAME [SED-SCRIPT for Signature.xml], then what differs
   dir=$work/$1
   ofd_start "$dir"
   ofd_signature_xml "$dir" 0 1.2.156.10197.1.401
+  [ -z "${2:-}" ] || sed -i "$2" "$dir/Doc_0/Signs/Sign_0/Signature.xml"
   ofd_add "$dir" 1 Sign Sign_0/Signature.xml
   openssl dgst -sm3 -binary -out "$work/digest" "$dir/Doc_0/Signs/Sign_0/Signature.xml"
 }
@@ -107,6 +110,14 @@ sm2_sign "$KEY" "$work/digest" "$work/digest.sig"
 python3 "$ex/signed_data.py" build GM "$CERT" "$work/digest.sig" "$dir/Doc_0/Signs/Sign_0/SignedValue.dat" \
   --content "$work/digest"
 ofd_zip "$dir" sign-gm.ofd
+
+# The same without a SignatureDateTime, by a certificate that expired in
+# 2001: with no signing time stated, the certificate must be valid now.
+sign_ofd sign-no-time /SignatureDateTime/d
+sm2_sign "$KEY" "$work/digest" "$work/digest.sig"
+python3 "$ex/signed_data.py" build GM "$ex/sm2-expired-cert.der" "$work/digest.sig" \
+  "$dir/Doc_0/Signs/Sign_0/SignedValue.dat" --content "$work/digest"
+ofd_zip "$dir" sign-no-time.ofd
 
 # --- damaged variants, each from a copy of v4 -----------------------------
 damaged() {  # NAME: a fresh copy of v4's folder in $dir

@@ -69,8 +69,9 @@ void checkSignerCertificate(HostSession& session, const QByteArray& certificate,
     try {
         const CertificateView view(session, certificate, QStringLiteral("the signer's certificate"));
         verdict->signer = view.name("getSubjectCN");
-        if (!at.isValid())
-            return;
+        // Without a readable signing time the certificate must be valid now.
+        const QDateTime when = at.isValid() ? at : QDateTime::currentDateTimeUtc();
+        const QString whenName = at.isValid() ? QStringLiteral("signing time") : QStringLiteral("current time");
         // The library's reading of the validity digits, and zthost's own.
         const QStringList digits = view.validityDigits().split(QLatin1Char(';'));
         const QDateTime libraryFrom = der::timeFromText(digits.value(0).toLatin1());
@@ -84,11 +85,11 @@ void checkSignerCertificate(HostSession& session, const QByteArray& certificate,
             // no validity zthost can read: the strict answer is no
         }
         Check check;
-        check.name = QStringLiteral("signer certificate valid at signing time");
-        check.library = answerOf(libraryFrom.isValid() && libraryTo.isValid() && libraryFrom <= at && at <= libraryTo);
-        check.strict = answerOf(from.isValid() && to.isValid() && from <= at && at <= to);
-        check.problem = QStringLiteral("the signing time %1 is outside the signer certificate's validity %2")
-                            .arg(isoTime(at), timeRange(from, to));
+        check.name = QStringLiteral("signer certificate valid at ") + whenName;
+        check.library = answerOf(libraryFrom.isValid() && libraryTo.isValid() && libraryFrom <= when && when <= libraryTo);
+        check.strict = answerOf(from.isValid() && to.isValid() && from <= when && when <= to);
+        check.problem = QStringLiteral("the %1 %2 is outside the signer certificate's validity %3")
+                            .arg(whenName, isoTime(when), timeRange(from, to));
         check.disagreement = QStringLiteral("the library reads the validity of this certificate as %1")
                                  .arg(libraryFrom.isValid() ? timeRange(libraryFrom, libraryTo) : QStringLiteral("absent"));
         verdict->add(check);

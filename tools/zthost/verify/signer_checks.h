@@ -18,8 +18,9 @@ class HostSession;
 void checkSm2Signature(HostSession& session, CheckScope scope, const QString& name, const QByteArray& value,
                        const QByteArray& certificate, const QByteArray& data, SignatureVerdict* verdict);
 
-// The signer's name for display, and whether `at` (when valid) lies inside
-// the certificate's validity as the library reads its digits.
+// The signer's name for display, and whether `at` (the current time when
+// `at` is invalid) lies inside the certificate's validity, as the library
+// reads its digits and as zthost reads them.
 void checkSignerCertificate(HostSession& session, const QByteArray& certificate, const QDateTime& at,
                             SignatureVerdict* verdict);
 
