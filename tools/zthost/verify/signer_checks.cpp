@@ -9,6 +9,7 @@
 #include "readers/oid_names.h"
 #include "services/certificate_view.h"
 #include "services/sm3_digest.h"
+#include "verify/chain_check.h"
 #include "verify/sm2_check.h"
 
 namespace {
@@ -99,7 +100,7 @@ void checkSignerCertificate(HostSession& session, const QByteArray& certificate,
 }
 
 void checkSeal(HostSession& session, const SesSeal& seal, const QDateTime& at, const QByteArray& signerCertificate,
-               SignatureVerdict* verdict) {
+               const std::vector<QByteArray>& authorities, SignatureVerdict* verdict) {
     verdict->sealName = seal.name;
     verdict->sealId = seal.esId;
     verdict->picture = seal.pictureData.toByteArray();
@@ -112,6 +113,7 @@ void checkSeal(HostSession& session, const SesSeal& seal, const QDateTime& at, c
         checkSm2Signature(session, CheckScope::Seal, makerCheck, seal.makerSignature.toByteArray(),
                           seal.makerCertificate.toByteArray(), seal.makerSignedBytes, verdict);
     }
+    addChainCheck(session, seal.makerCertificate.toByteArray(), authorities, at, ChainOwner::SealMaker, verdict);
     const QDateTime when = at.isValid() ? at : QDateTime::currentDateTimeUtc();
     verdict->add(CheckScope::Seal, QStringLiteral("seal valid at signing time"),
                  seal.validStart <= when && when <= seal.validEnd,
@@ -123,9 +125,10 @@ void checkSeal(HostSession& session, const SesSeal& seal, const QDateTime& at, c
 }
 
 void checkEmbeddedSeal(HostSession& session, const ByteView& sealBytes, const QDateTime& at,
-                       const QByteArray& signerCertificate, SignatureVerdict* verdict) {
+                       const QByteArray& signerCertificate, const std::vector<QByteArray>& authorities,
+                       SignatureVerdict* verdict) {
     try {
-        checkSeal(session, readSesSeal(sealBytes), at, signerCertificate, verdict);
+        checkSeal(session, readSesSeal(sealBytes), at, signerCertificate, authorities, verdict);
     } catch (const FormatError& error) {
         verdict->fail(CheckScope::Seal, QStringLiteral("seal structure"),
                       QStringLiteral("the seal inside is no GB/T 38540 or GM/T 0031 seal: %1").arg(error.message));

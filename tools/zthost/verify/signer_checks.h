@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <vector>
 
 #include "readers/ses_seal.h"
 #include "verify/verdict.h"
@@ -24,15 +25,17 @@ void checkSm2Signature(HostSession& session, CheckScope scope, const QString& na
 void checkSignerCertificate(HostSession& session, const QByteArray& certificate, const QDateTime& at,
                             SignatureVerdict* verdict);
 
-// The seal: its maker's signature, its validity around `at`, and, when
-// `signerCertificate` is given, that the seal lists it. Fills the seal's
-// name, id and picture in `verdict`.
+// The seal: its maker's signature, the maker's certificate chain to
+// `authorities` (the --ca certificates), its validity around `at`, and,
+// when `signerCertificate` is given, that the seal lists it. Fills the
+// seal's name, id and picture in `verdict`.
 void checkSeal(HostSession& session, const SesSeal& seal, const QDateTime& at, const QByteArray& signerCertificate,
-               SignatureVerdict* verdict);
+               const std::vector<QByteArray>& authorities, SignatureVerdict* verdict);
 
 // The seal inside a seal signature, or a failed "seal structure" check
 // when it is no seal zthost can read.
 void checkEmbeddedSeal(HostSession& session, const ByteView& sealBytes, const QDateTime& at,
-                       const QByteArray& signerCertificate, SignatureVerdict* verdict);
+                       const QByteArray& signerCertificate, const std::vector<QByteArray>& authorities,
+                       SignatureVerdict* verdict);
 
 #endif
