@@ -57,6 +57,8 @@ void verifySesSignature(HostSession& session, const SesSignature& signature, con
         verdict->notes << QStringLiteral("a time stamp of %1 bytes (not checked)").arg(signature.timeStamp.size());
     if (signedBytes != nullptr)
         checkDataHash(session, signature.dataHash.toByteArray(), *signedBytes, verdict);
+    else
+        verdict->notes << QStringLiteral("the data hash was not compared with any document (no --doc given)");
     const QByteArray signer = certificate.isEmpty() ? signature.certificate.toByteArray() : certificate;
     if (signer.isEmpty()) {
         verdict->fail(CheckScope::Signature, QStringLiteral("signature"), QStringLiteral("the structure carries no signer certificate"));
