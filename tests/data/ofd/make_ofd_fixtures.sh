@@ -20,7 +20,8 @@
 #                        certificate
 #   changed-page.ofd, changed-signature-xml.ofd, flipped-bit.ofd,
 #   missing-file.ofd, wrong-datahash.ofd, expired-seal.ofd, not-a-zip.ofd,
-#   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd
+#   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd,
+#   ambiguous-path.ofd
 #                                                damaged variants
 #   seal-v4.esl, seal-v1.esl, ses-v4.der, ses-v1.der   the parts on their own
 #   picture.png          the picture inside the seals (a stand-in)
@@ -50,12 +51,14 @@ make_seal "$work/expired" v4 "$MAKER_KEY" "$MAKER" "$work/expired.esl"
 
 sm3hex() { openssl dgst -sm3 -binary "$1" | od -An -v -tx1 | tr -d ' \n'; }
 
-# seal_ofd NAME SEALDIR [ses_v4 options]: one v4 seal signature.
+# seal_ofd NAME SEALDIR [ses_v4 options]: one v4 seal signature (REFS_SED
+# edits Signature.xml before it is signed).
 seal_ofd() {
   local name=$1 seal=$2; shift 2
   local dir=$work/$name
   ofd_start "$dir"
   ofd_signature_xml "$dir" 0 1.2.156.10197.1.401
+  [ -z "${REFS_SED:-}" ] || sed -i "$REFS_SED" "$dir/Doc_0/Signs/Sign_0/Signature.xml"
   ofd_add "$dir" 1 Seal Sign_0/Signature.xml
   cp "$seal/seal.sections" "$dir/seal.sections"
   ses_v4 "$dir" "$KEY" "$CERT" "$TIME" "$(sm3hex "$dir/Doc_0/Signs/Sign_0/Signature.xml")" "$PROPERTY" \
@@ -68,6 +71,15 @@ cp "$work/v4/Doc_0/Signs/Sign_0/SignedValue.dat" ses-v4.der
 seal_ofd raw64 "$work/seal4" raw
 seal_ofd short-integer "$work/seal4" short
 seal_ofd expired-seal "$work/expired"
+# Root paths written without "/", as some producers write them; then a copy
+# of the signed page where the same text points relative to Signature.xml,
+# and the page itself changed.
+REFS_SED='s|FileRef="/|FileRef="|' seal_ofd ambiguous-path "$work/seal4"
+dir=$work/ambiguous-path
+mkdir -p "$dir/Doc_0/Signs/Sign_0/Doc_0/Pages/Page_0"
+cp "$dir/Doc_0/Pages/Page_0/Content.xml" "$dir/Doc_0/Signs/Sign_0/Doc_0/Pages/Page_0/"
+sed -i 's/100.00 CNY/900.00 CNY/' "$dir/Doc_0/Pages/Page_0/Content.xml"
+ofd_zip "$dir" ambiguous-path.ofd
 
 # v1: versions 1, 4 and 5 side by side; the third with SHA256 references.
 dir=$work/v1

@@ -98,11 +98,15 @@ QStringList packageCandidates(const QString& folder, const QString& location) {
 OfdPackage::OfdPackage(const QByteArray& bytes) : zip_(bytes) {}
 
 QString OfdPackage::resolve(const QString& folder, const QString& location) const {
+    QStringList found;
     for (const QString& candidate : packageCandidates(folder, location)) {
         if (zip_.contains(candidate))
-            return candidate;
+            found << candidate;
     }
-    return QString();
+    if (found.size() > 1)
+        throw FormatError{QStringLiteral("the path %1 is ambiguous: both %2 and %3 are in the package")
+                              .arg(location, found.at(0), found.at(1))};
+    return found.value(0);
 }
 
 std::vector<OfdDocument> OfdPackage::documents() const {
