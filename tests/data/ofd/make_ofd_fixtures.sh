@@ -21,7 +21,7 @@
 #   changed-page.ofd, changed-signature-xml.ofd, flipped-bit.ofd,
 #   missing-file.ofd, wrong-datahash.ofd, expired-seal.ofd, not-a-zip.ofd,
 #   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd,
-#   ambiguous-path.ofd
+#   ambiguous-path.ofd, other-docroot.ofd
 #                                                damaged variants
 #   seal-v4.esl, seal-v1.esl, ses-v4.der, ses-v1.der   the parts on their own
 #   picture.png          the picture inside the seals (a stand-in)
@@ -199,6 +199,20 @@ with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfil
         bad.writestr(item, data)
         if item.filename == page:
             bad.writestr(page.replace("/", "\\"), data.replace(b"100.00 CNY", b"900.00 CNY"))
+PY
+# OFD.xml pointed at a second, unsigned document with a changed page; the
+# signatures over the first stay intact.
+python3 - other-docroot.ofd <<'PY'
+import sys, zipfile
+with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as bad:
+    document, page = good.read("Doc_0/Document.xml"), good.read("Doc_0/Pages/Page_0/Content.xml")
+    for item in good.infolist():
+        data = good.read(item)
+        if item.filename == "OFD.xml":
+            data = data.replace(b"<ofd:DocRoot>Doc_0/", b"<ofd:DocRoot>Doc_1/")
+        bad.writestr(item, data)
+    bad.writestr("Doc_1/Document.xml", document)
+    bad.writestr("Doc_1/Pages/Page_0/Content.xml", page.replace(b"100.00 CNY", b"900.00 CNY"))
 PY
 # Correctly signed, but the data hash is not that of Signature.xml.
 dir=$work/wrong-datahash

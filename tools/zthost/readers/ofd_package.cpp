@@ -117,12 +117,18 @@ std::vector<OfdDocument> OfdPackage::documents() const {
     while (root.nextElement()) {
         if (root.is("DocBody")) {
             checkCount(documents, kMaxDocuments, QStringLiteral("documents"));
-            documents.push_back(OfdDocument{int(documents.size()), QString(), QString(), {}});
+            OfdDocument document;
+            document.index = int(documents.size());
+            documents.push_back(document);
+        } else if (root.is("DocRoot") && !documents.empty()) {
+            documents.back().rootLocation = root.text();
         } else if (root.is("Signatures") && !documents.empty()) {
             documents.back().signaturesLocation = root.text();
         }
     }
     for (OfdDocument& document : documents) {
+        if (!document.rootLocation.isEmpty())
+            document.rootPath = resolve(QString(), document.rootLocation);
         if (document.signaturesLocation.isEmpty())
             continue;
         document.signaturesPath = resolve(QString(), document.signaturesLocation);

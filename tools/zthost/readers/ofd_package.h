@@ -43,6 +43,8 @@ struct OfdSignatureEntry {
 
 struct OfdDocument {
     int index = 0;               // DocBody number, from 0
+    QString rootLocation;        // DocRoot as written (the Document.xml shown)
+    QString rootPath;            // resolved; empty when absent
     QString signaturesLocation;  // as written in OFD.xml; empty without signatures
     QString signaturesPath;      // resolved
     std::vector<OfdSignatureEntry> signatures;
