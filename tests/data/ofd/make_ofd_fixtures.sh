@@ -21,7 +21,7 @@
 #   changed-page.ofd, changed-signature-xml.ofd, flipped-bit.ofd,
 #   missing-file.ofd, wrong-datahash.ofd, expired-seal.ofd, not-a-zip.ofd,
 #   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd,
-#   ambiguous-path.ofd, other-docroot.ofd
+#   ambiguous-path.ofd, other-docroot.ofd, unsigned-document.ofd
 #                                                damaged variants
 #   seal-v4.esl, seal-v1.esl, ses-v4.der, ses-v1.der   the parts on their own
 #   picture.png          the picture inside the seals (a stand-in)
@@ -210,6 +210,21 @@ with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfil
         data = good.read(item)
         if item.filename == "OFD.xml":
             data = data.replace(b"<ofd:DocRoot>Doc_0/", b"<ofd:DocRoot>Doc_1/")
+        bad.writestr(item, data)
+    bad.writestr("Doc_1/Document.xml", document)
+    bad.writestr("Doc_1/Pages/Page_0/Content.xml", page.replace(b"100.00 CNY", b"900.00 CNY"))
+PY
+# An unsigned document with a changed page put first in OFD.xml, where a
+# reader opens it; the signed one follows intact.
+python3 - unsigned-document.ofd <<'PY'
+import sys, zipfile
+first = b"<ofd:DocBody><ofd:DocRoot>Doc_1/Document.xml</ofd:DocRoot></ofd:DocBody>\n  <ofd:DocBody>"
+with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as bad:
+    document, page = good.read("Doc_0/Document.xml"), good.read("Doc_0/Pages/Page_0/Content.xml")
+    for item in good.infolist():
+        data = good.read(item)
+        if item.filename == "OFD.xml":
+            data = data.replace(b"<ofd:DocBody>", first, 1)
         bad.writestr(item, data)
     bad.writestr("Doc_1/Document.xml", document)
     bad.writestr("Doc_1/Pages/Page_0/Content.xml", page.replace(b"100.00 CNY", b"900.00 CNY"))

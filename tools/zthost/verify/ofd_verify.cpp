@@ -186,7 +186,12 @@ OfdVerdict verifyOfd(HostSession& session, const QByteArray& bytes, const Author
     try {
         const OfdPackage package(bytes);
         Verifier verifier(session, package, authorities);
-        for (const OfdDocument& document : package.documents()) {
+        const std::vector<OfdDocument> documents = package.documents();
+        for (const OfdDocument& document : documents) {
+            // A reader may show an unsigned document beside (or before) the signed one.
+            if (documents.size() > 1 && document.signatures.empty())
+                verdict.problems << QStringLiteral("document %1 (%2) carries no signatures")
+                                        .arg(document.index).arg(document.rootLocation);
             for (const OfdSignatureEntry& entry : document.signatures)
                 verdict.signatures.push_back(verifier.verify(document, entry));
         }
