@@ -21,7 +21,8 @@
 #   changed-page.ofd, changed-signature-xml.ofd, flipped-bit.ofd,
 #   missing-file.ofd, wrong-datahash.ofd, expired-seal.ofd, not-a-zip.ofd,
 #   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd,
-#   ambiguous-path.ofd, other-docroot.ofd, unsigned-document.ofd
+#   ambiguous-path.ofd, other-docroot.ofd, two-docroots.ofd,
+#   unsigned-document.ofd
 #                                                damaged variants
 #   seal-v4.esl, seal-v1.esl, ses-v4.der, ses-v1.der   the parts on their own
 #   picture.png          the picture inside the seals (a stand-in)
@@ -200,19 +201,23 @@ with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfil
         if item.filename == page:
             bad.writestr(page.replace("/", "\\"), data.replace(b"100.00 CNY", b"900.00 CNY"))
 PY
-# OFD.xml pointed at a second, unsigned document with a changed page; the
-# signatures over the first stay intact.
-python3 - other-docroot.ofd <<'PY'
-import sys, zipfile
-with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as bad:
-    document, page = good.read("Doc_0/Document.xml"), good.read("Doc_0/Pages/Page_0/Content.xml")
-    for item in good.infolist():
-        data = good.read(item)
-        if item.filename == "OFD.xml":
-            data = data.replace(b"<ofd:DocRoot>Doc_0/", b"<ofd:DocRoot>Doc_1/")
-        bad.writestr(item, data)
-    bad.writestr("Doc_1/Document.xml", document)
-    bad.writestr("Doc_1/Pages/Page_0/Content.xml", page.replace(b"100.00 CNY", b"900.00 CNY"))
+# OFD.xml pointed at a second, unsigned document with a changed page, in
+# place of the signed one or as the first of two DocRoots; the signatures
+# over the first stay intact.
+python3 - <<'PY'
+import zipfile
+roots = {"other-docroot.ofd": b"<ofd:DocRoot>Doc_1/",
+         "two-docroots.ofd": b"<ofd:DocRoot>Doc_1/Document.xml</ofd:DocRoot><ofd:DocRoot>Doc_0/"}
+for name, root in roots.items():
+    with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(name, "w", zipfile.ZIP_DEFLATED) as bad:
+        document, page = good.read("Doc_0/Document.xml"), good.read("Doc_0/Pages/Page_0/Content.xml")
+        for item in good.infolist():
+            data = good.read(item)
+            if item.filename == "OFD.xml":
+                data = data.replace(b"<ofd:DocRoot>Doc_0/", root)
+            bad.writestr(item, data)
+        bad.writestr("Doc_1/Document.xml", document)
+        bad.writestr("Doc_1/Pages/Page_0/Content.xml", page.replace(b"100.00 CNY", b"900.00 CNY"))
 PY
 # An unsigned document with a changed page put first in OFD.xml, where a
 # reader opens it; the signed one follows intact.

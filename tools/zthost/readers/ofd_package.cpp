@@ -121,6 +121,9 @@ std::vector<OfdDocument> OfdPackage::documents() const {
             document.index = int(documents.size());
             documents.push_back(document);
         } else if (root.is("DocRoot") && !documents.empty()) {
+            // A reader might take either of two roots; the signed one must be the only one.
+            if (!documents.back().rootLocation.isEmpty())
+                throw FormatError{QStringLiteral("document %1 names more than one DocRoot").arg(documents.back().index)};
             documents.back().rootLocation = root.text();
         } else if (root.is("Signatures") && !documents.empty()) {
             documents.back().signaturesLocation = root.text();
