@@ -22,7 +22,7 @@
 #   missing-file.ofd, wrong-datahash.ofd, expired-seal.ofd, not-a-zip.ofd,
 #   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd,
 #   ambiguous-path.ofd, other-docroot.ofd, two-docroots.ofd,
-#   unsigned-document.ofd
+#   two-signature-lists.ofd, unsigned-document.ofd
 #                                                damaged variants
 #   seal-v4.esl, seal-v1.esl, ses-v4.der, ses-v1.der   the parts on their own
 #   picture.png          the picture inside the seals (a stand-in)
@@ -202,19 +202,21 @@ with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfil
             bad.writestr(page.replace("/", "\\"), data.replace(b"100.00 CNY", b"900.00 CNY"))
 PY
 # OFD.xml pointed at a second, unsigned document with a changed page, in
-# place of the signed one or as the first of two DocRoots; the signatures
-# over the first stay intact.
+# place of the signed one or as the first of two DocRoots; or a second
+# Signatures list named first. The signatures over the first stay intact.
 python3 - <<'PY'
 import zipfile
-roots = {"other-docroot.ofd": b"<ofd:DocRoot>Doc_1/",
-         "two-docroots.ofd": b"<ofd:DocRoot>Doc_1/Document.xml</ofd:DocRoot><ofd:DocRoot>Doc_0/"}
-for name, root in roots.items():
+root, signatures = b"<ofd:DocRoot>Doc_0/", b"<ofd:Signatures>"
+edits = {"other-docroot.ofd": (root, b"<ofd:DocRoot>Doc_1/"),
+         "two-docroots.ofd": (root, b"<ofd:DocRoot>Doc_1/Document.xml</ofd:DocRoot>" + root),
+         "two-signature-lists.ofd": (signatures, b"<ofd:Signatures>Doc_1/Signatures.xml</ofd:Signatures>" + signatures)}
+for name, (old, new) in edits.items():
     with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(name, "w", zipfile.ZIP_DEFLATED) as bad:
         document, page = good.read("Doc_0/Document.xml"), good.read("Doc_0/Pages/Page_0/Content.xml")
         for item in good.infolist():
             data = good.read(item)
             if item.filename == "OFD.xml":
-                data = data.replace(b"<ofd:DocRoot>Doc_0/", root)
+                data = data.replace(old, new)
             bad.writestr(item, data)
         bad.writestr("Doc_1/Document.xml", document)
         bad.writestr("Doc_1/Pages/Page_0/Content.xml", page.replace(b"100.00 CNY", b"900.00 CNY"))

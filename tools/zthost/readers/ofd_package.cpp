@@ -47,6 +47,14 @@ void checkCount(const List& list, int limit, const QString& what) {
         throw FormatError{QStringLiteral("more than %1 %2").arg(limit).arg(what)};
 }
 
+// A reader might take either of two DocRoot (or Signatures) elements: the
+// one verified must be the only one.
+void setOnce(const OfdDocument& document, const char* element, const QString& value, QString* field) {
+    if (!field->isEmpty())
+        throw FormatError{QStringLiteral("document %1 names more than one %2").arg(document.index).arg(QLatin1String(element))};
+    *field = value;
+}
+
 QByteArray decodeCheckValue(const QString& text, bool* readable) {
     QByteArray compact = text.toLatin1();
     compact.replace(' ', "").replace('\n', "").replace('\r', "").replace('\t', "");
@@ -121,12 +129,9 @@ std::vector<OfdDocument> OfdPackage::documents() const {
             document.index = int(documents.size());
             documents.push_back(document);
         } else if (root.is("DocRoot") && !documents.empty()) {
-            // A reader might take either of two roots; the signed one must be the only one.
-            if (!documents.back().rootLocation.isEmpty())
-                throw FormatError{QStringLiteral("document %1 names more than one DocRoot").arg(documents.back().index)};
-            documents.back().rootLocation = root.text();
+            setOnce(documents.back(), "DocRoot", root.text(), &documents.back().rootLocation);
         } else if (root.is("Signatures") && !documents.empty()) {
-            documents.back().signaturesLocation = root.text();
+            setOnce(documents.back(), "Signatures", root.text(), &documents.back().signaturesLocation);
         }
     }
     for (OfdDocument& document : documents) {
