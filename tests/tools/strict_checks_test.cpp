@@ -126,8 +126,8 @@ TEST_F(StrictChecks, RsaCheckComparesTheDigestTheSignatureCarries) {
 
 // Signed blocks laid out here: an SM3 DigestInfo (OpenSSL's RSA signing
 // refuses SM3) holds over the data it names and not over other data; a bare
-// SHA-1 value (which the library takes too) holds; a bare SHA-256 value and
-// a DigestInfo followed by a stray byte do not.
+// SHA-1 value (which the library takes too) holds; a bare SHA-256 value,
+// a DigestInfo followed by a stray byte and a matching MD5 DigestInfo do not.
 TEST_F(StrictChecks, RsaCheckWantsExactDigestInfo) {
     EvpPkeyPtr key = rsaTestKey();
     ASSERT_TRUE(key);
@@ -136,6 +136,8 @@ TEST_F(StrictChecks, RsaCheckWantsExactDigestInfo) {
     const QByteArray sha256 = QCryptographicHash::hash(data, QCryptographicHash::Sha256);
     const QByteArray sha256Info = QByteArray::fromHex("3031300d060960864801650304020105000420") + sha256;
     const QByteArray sm3Info = QByteArray::fromHex("3030300c06082a811ccf5501831105000420");
+    const QByteArray md5Info = QByteArray::fromHex("3020300c06082a864886f70d020505000410") +
+                               QCryptographicHash::hash(data, QCryptographicHash::Md5);
     QByteArray sm3Digest(32, '\0');
     EVP_Digest(data.constData(), size_t(data.size()), reinterpret_cast<unsigned char*>(sm3Digest.data()), nullptr,
                EVP_sm3(), nullptr);
@@ -143,7 +145,8 @@ TEST_F(StrictChecks, RsaCheckWantsExactDigestInfo) {
         QByteArray block;
         bool valid;
     } cases[] = {{sha1, true},          {sha256, false},           {sha256Info, true},
-                 {sha256Info + '\0', false}, {sm3Info + sm3Digest, true}, {sm3Info + sha256, false}};
+                 {sha256Info + '\0', false}, {sm3Info + sm3Digest, true}, {sm3Info + sha256, false},
+                 {md5Info, false}};
     for (const auto& c : cases) {
         EvpPkeyCtxPtr context(EVP_PKEY_CTX_new(key.get(), nullptr));
         size_t size = 256;

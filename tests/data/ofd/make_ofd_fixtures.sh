@@ -16,9 +16,14 @@
 #                        attributes, detached
 #   sign-gm.ofd          Type="Sign": GM/T 0010 signedData without signed
 #                        attributes over the SM3 of Signature.xml
+#   sign-no-time.ofd     the same without a signing time, by an expired
+#                        certificate
 #   changed-page.ofd, changed-signature-xml.ofd, flipped-bit.ofd,
 #   missing-file.ofd, wrong-datahash.ofd, expired-seal.ofd, not-a-zip.ofd,
-#   malformed-xml.ofd, bomb.ofd, escape.ofd      damaged variants
+#   malformed-xml.ofd, bomb.ofd, escape.ofd, duplicate-entry.ofd,
+#   ambiguous-path.ofd, other-docroot.ofd, two-docroots.ofd,
+#   two-signature-lists.ofd, unsigned-document.ofd
+#                                                damaged variants
 #   seal-v4.esl, seal-v1.esl, ses-v4.der, ses-v1.der   the parts on their own
 #   picture.png          the picture inside the seals (a stand-in)
 set -euo pipefail
@@ -47,12 +52,14 @@ make_seal "$work/expired" v4 "$MAKER_KEY" "$MAKER" "$work/expired.esl"
 
 sm3hex() { openssl dgst -sm3 -binary "$1" | od -An -v -tx1 | tr -d ' \n'; }
 
-# seal_ofd NAME SEALDIR [ses_v4 options]: one v4 seal signature.
+# seal_ofd NAME SEALDIR [ses_v4 options]: one v4 seal signature (REFS_SED
+# edits Signature.xml before it is signed).
 seal_ofd() {
   local name=$1 seal=$2; shift 2
   local dir=$work/$name
   ofd_start "$dir"
   ofd_signature_xml "$dir" 0 1.2.156.10197.1.401
+  [ -z "${REFS_SED:-}" ] || sed -i "$REFS_SED" "$dir/Doc_0/Signs/Sign_0/Signature.xml"
   ofd_add "$dir" 1 Seal Sign_0/Signature.xml
   cp "$seal/seal.sections" "$dir/seal.sections"
   ses_v4 "$dir" "$KEY" "$CERT" "$TIME" "$(sm3hex "$dir/Doc_0/Signs/Sign_0/Signature.xml")" "$PROPERTY" \
@@ -65,6 +72,15 @@ cp "$work/v4/Doc_0/Signs/Sign_0/SignedValue.dat" ses-v4.der
 seal_ofd raw64 "$work/seal4" raw
 seal_ofd short-integer "$work/seal4" short
 seal_ofd expired-seal "$work/expired"
+# Root paths written without "/", as some producers write them; then a copy
+# of the signed page where the same text points relative to Signature.xml,
+# and the page itself changed.
+REFS_SED='s|FileRef="/|FileRef="|' seal_ofd ambiguous-path "$work/seal4"
+dir=$work/ambiguous-path
+mkdir -p "$dir/Doc_0/Signs/Sign_0/Doc_0/Pages/Page_0"
+cp "$dir/Doc_0/Pages/Page_0/Content.xml" "$dir/Doc_0/Signs/Sign_0/Doc_0/Pages/Page_0/"
+sed -i 's/100.00 CNY/900.00 CNY/' "$dir/Doc_0/Pages/Page_0/Content.xml"
+ofd_zip "$dir" ambiguous-path.ofd
 
 # v1: versions 1, 4 and 5 side by side; the third with SHA256 references.
 dir=$work/v1
@@ -85,10 +101,11 @@ ofd_zip "$dir" v1.ofd
 
 # Type="Sign", PKCS #7 with signed attributes, detached: the signature
 # covers the attributes, whose messageDigest is the SM3 of Signature.xml.
-sign_ofd() {  # NAME, then what differs
+sign_ofd() {  # NAME [SED-SCRIPT for Signature.xml], then what differs
   dir=$work/$1
   ofd_start "$dir"
   ofd_signature_xml "$dir" 0 1.2.156.10197.1.401
+  [ -z "${2:-}" ] || sed -i "$2" "$dir/Doc_0/Signs/Sign_0/Signature.xml"
   ofd_add "$dir" 1 Sign Sign_0/Signature.xml
   openssl dgst -sm3 -binary -out "$work/digest" "$dir/Doc_0/Signs/Sign_0/Signature.xml"
 }
@@ -106,6 +123,14 @@ sm2_sign "$KEY" "$work/digest" "$work/digest.sig"
 python3 "$ex/signed_data.py" build GM "$CERT" "$work/digest.sig" "$dir/Doc_0/Signs/Sign_0/SignedValue.dat" \
   --content "$work/digest"
 ofd_zip "$dir" sign-gm.ofd
+
+# The same without a SignatureDateTime, by a certificate that expired in
+# 2001: with no signing time stated, the certificate must be valid now.
+sign_ofd sign-no-time /SignatureDateTime/d
+sm2_sign "$KEY" "$work/digest" "$work/digest.sig"
+python3 "$ex/signed_data.py" build GM "$ex/sm2-expired-cert.der" "$work/digest.sig" \
+  "$dir/Doc_0/Signs/Sign_0/SignedValue.dat" --content "$work/digest"
+ofd_zip "$dir" sign-no-time.ofd
 
 # --- damaged variants, each from a copy of v4 -----------------------------
 damaged() {  # NAME: a fresh copy of v4's folder in $dir
@@ -163,6 +188,53 @@ with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfil
         if item.filename == "Doc_0/Signs/Signatures.xml":
             data = data.replace(b'BaseLoc="Sign_0/Signature.xml"', b'BaseLoc="../../../etc/passwd"')
         bad.writestr(item, data)
+PY
+# The page twice: the signed one, then a changed one under "\" separators,
+# which a lenient viewer may show instead.
+python3 - duplicate-entry.ofd <<'PY'
+import sys, zipfile
+page = "Doc_0/Pages/Page_0/Content.xml"
+with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as bad:
+    for item in good.infolist():
+        data = good.read(item)
+        bad.writestr(item, data)
+        if item.filename == page:
+            bad.writestr(page.replace("/", "\\"), data.replace(b"100.00 CNY", b"900.00 CNY"))
+PY
+# OFD.xml pointed at a second, unsigned document with a changed page, in
+# place of the signed one or as the first of two DocRoots; or a second
+# Signatures list named first. The signatures over the first stay intact.
+python3 - <<'PY'
+import zipfile
+root, signatures = b"<ofd:DocRoot>Doc_0/", b"<ofd:Signatures>"
+edits = {"other-docroot.ofd": (root, b"<ofd:DocRoot>Doc_1/"),
+         "two-docroots.ofd": (root, b"<ofd:DocRoot>Doc_1/Document.xml</ofd:DocRoot>" + root),
+         "two-signature-lists.ofd": (signatures, b"<ofd:Signatures>Doc_1/Signatures.xml</ofd:Signatures>" + signatures)}
+for name, (old, new) in edits.items():
+    with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(name, "w", zipfile.ZIP_DEFLATED) as bad:
+        document, page = good.read("Doc_0/Document.xml"), good.read("Doc_0/Pages/Page_0/Content.xml")
+        for item in good.infolist():
+            data = good.read(item)
+            if item.filename == "OFD.xml":
+                data = data.replace(old, new)
+            bad.writestr(item, data)
+        bad.writestr("Doc_1/Document.xml", document)
+        bad.writestr("Doc_1/Pages/Page_0/Content.xml", page.replace(b"100.00 CNY", b"900.00 CNY"))
+PY
+# An unsigned document with a changed page put first in OFD.xml, where a
+# reader opens it; the signed one follows intact.
+python3 - unsigned-document.ofd <<'PY'
+import sys, zipfile
+first = b"<ofd:DocBody><ofd:DocRoot>Doc_1/Document.xml</ofd:DocRoot></ofd:DocBody>\n  <ofd:DocBody>"
+with zipfile.ZipFile("v4.ofd") as good, zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as bad:
+    document, page = good.read("Doc_0/Document.xml"), good.read("Doc_0/Pages/Page_0/Content.xml")
+    for item in good.infolist():
+        data = good.read(item)
+        if item.filename == "OFD.xml":
+            data = data.replace(b"<ofd:DocBody>", first, 1)
+        bad.writestr(item, data)
+    bad.writestr("Doc_1/Document.xml", document)
+    bad.writestr("Doc_1/Pages/Page_0/Content.xml", page.replace(b"100.00 CNY", b"900.00 CNY"))
 PY
 # Correctly signed, but the data hash is not that of Signature.xml.
 dir=$work/wrong-datahash

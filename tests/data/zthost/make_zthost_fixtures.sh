@@ -75,6 +75,9 @@ openssl dgst -sha1 -sign ../rsa/rsa1536_key.pem -out document.rsa-1536.sig "$ex/
 # bytes), and one with the signer ID alice@example.cn.
 sm2_sign_short "$ex/sm2.key" "$ex/document.txt" document.sm2-short.sig
 openssl dgst -sm3 -sign "$ex/sm2.key" -sigopt distid:alice@example.cn -out document.sm2-alice.sig "$ex/document.txt"
+# The example signature with its SEQUENCE length in the long form (30 81
+# nn): the same r and s, but no DER, so OpenSSL's SM2 refuses it.
+{ printf '\x30\x81'; tail -c +2 "$ex/document.sm2.sig"; } > document.sm2-long-length.sig
 
 # The signer's public key in every form verify --pubkey takes.
 openssl pkey -in "$ex/sm2.key" -pubout -out sm2-pub.pem

@@ -76,7 +76,7 @@ int runShow(Context& context, const QStringList& arguments) {
     const SesSeal seal = readOrFail(input::displayName(path), [&] { return readSesSeal(ByteView::of(bytes)); });
     HostSession& session = context.session();
     SignatureVerdict verdict;
-    checkSeal(session, seal, QDateTime(), QByteArray(), &verdict);
+    checkSeal(session, seal, QDateTime(), QByteArray(), {}, &verdict);
     if (args.has("--picture"))
         input::writeFile(args.value("--picture"), seal.pictureData.toByteArray());
     Report report = sealReport(session, path, seal);

@@ -88,6 +88,13 @@ bool StrictRsaCheck::readDigestInfo(const QByteArray& recovered) {
     char dotted[80] = {};
     OBJ_obj2txt(dotted, sizeof dotted, oid, 1);
     digestName_ = nid == NID_undef ? QString::fromLatin1(dotted) : digestDisplayName(nid);
+    if (nid == NID_md5 || nid == NID_md4) {
+        // Colliding inputs are made at will: the signature could cover other data as well.
+        brokenDigest_ = true;
+        problem_ = QStringLiteral("the signature carries an %1 digest, which is broken (collisions are made at will)")
+                       .arg(digestName_);
+        return true;
+    }
     if (md == nullptr) {
         problem_ = QStringLiteral("the signature carries a digest zthost cannot compute (%1)").arg(digestName_);
         return true;

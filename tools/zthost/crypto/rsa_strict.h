@@ -2,7 +2,7 @@
 // signature is opened with the public key, the DigestInfo inside names the
 // digest (SHA-1, SHA-256, SM3, ...), and that digest of the data must equal
 // the one signed. A bare 20-byte SHA-1 value without DigestInfo is taken
-// too and compared with the SHA-1 of the data.
+// too and compared with the SHA-1 of the data. MD5 and MD4 are refused.
 #ifndef ZTHOST_CRYPTO_RSA_STRICT_H
 #define ZTHOST_CRYPTO_RSA_STRICT_H
 
@@ -19,6 +19,8 @@ public:
     // be opened or carries none.
     const QString& digestName() const { return digestName_; }
     bool carriesDigestInfo() const { return digestInfo_; }
+    // The digest carried is MD5 or MD4: refused whatever the data.
+    bool brokenDigest() const { return brokenDigest_; }
 
     // The signed data, in pieces.
     void update(const char* data, int size);
@@ -35,6 +37,7 @@ private:
     QByteArray signedDigest_;
     QString digestName_;
     bool digestInfo_ = false;
+    bool brokenDigest_ = false;
     QString problem_;
 };
 

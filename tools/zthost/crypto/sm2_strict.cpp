@@ -8,8 +8,11 @@ namespace {
 
 const int kHalf = 32;
 
-// SEQUENCE { INTEGER r, INTEGER s } in minimal DER, as OpenSSL's SM2 wants.
-QByteArray derOf(const QByteArray& rs) {
+}  // namespace
+
+QByteArray sm2Der(const QByteArray& rs) {
+    if (rs.size() != 2 * kHalf)
+        return QByteArray();
     ECDSA_SIG* signature = ECDSA_SIG_new();
     BIGNUM* r = BN_bin2bn(bytesOf(rs), kHalf, nullptr);
     BIGNUM* s = BN_bin2bn(bytesOf(rs) + kHalf, kHalf, nullptr);
@@ -27,6 +30,8 @@ QByteArray derOf(const QByteArray& rs) {
     ECDSA_SIG_free(signature);
     return der;
 }
+
+namespace {
 
 // OpenSSL signs and verifies SM2 only with keys of its SM2 type; an EC key
 // on the SM2 curve is made one.
@@ -47,7 +52,7 @@ StrictSm2Check::StrictSm2Check(EVP_PKEY* key, const QByteArray& id, const QByteA
         return;
     }
     key_ = sm2TypedKey(key);
-    der_ = rs.size() == 2 * kHalf ? derOf(rs) : QByteArray();
+    der_ = sm2Der(rs);
     keyContext_.reset(key_ ? EVP_PKEY_CTX_new(key_.get(), nullptr) : nullptr);
     context_.reset(EVP_MD_CTX_new());
     if (der_.isEmpty() || !keyContext_ || !context_ ||

@@ -8,6 +8,10 @@
 
 #include "crypto/openssl_handles.h"
 
+// r || s (32 bytes each) as SEQUENCE { INTEGER r, INTEGER s } in minimal
+// DER, the one encoding OpenSSL's SM2 accepts; empty when it cannot be made.
+QByteArray sm2Der(const QByteArray& rs);
+
 class StrictSm2Check {
 public:
     // `key` an SM2 public key, `id` the signer's ID, `rs` r || s (32 bytes

@@ -47,6 +47,14 @@ void checkCount(const List& list, int limit, const QString& what) {
         throw FormatError{QStringLiteral("more than %1 %2").arg(limit).arg(what)};
 }
 
+// A reader might take either of two DocRoot (or Signatures) elements: the
+// one verified must be the only one.
+void setOnce(const OfdDocument& document, const char* element, const QString& value, QString* field) {
+    if (!field->isEmpty())
+        throw FormatError{QStringLiteral("document %1 names more than one %2").arg(document.index).arg(QLatin1String(element))};
+    *field = value;
+}
+
 QByteArray decodeCheckValue(const QString& text, bool* readable) {
     QByteArray compact = text.toLatin1();
     compact.replace(' ', "").replace('\n', "").replace('\r', "").replace('\t', "");
@@ -98,11 +106,15 @@ QStringList packageCandidates(const QString& folder, const QString& location) {
 OfdPackage::OfdPackage(const QByteArray& bytes) : zip_(bytes) {}
 
 QString OfdPackage::resolve(const QString& folder, const QString& location) const {
+    QStringList found;
     for (const QString& candidate : packageCandidates(folder, location)) {
         if (zip_.contains(candidate))
-            return candidate;
+            found << candidate;
     }
-    return QString();
+    if (found.size() > 1)
+        throw FormatError{QStringLiteral("the path %1 is ambiguous: both %2 and %3 are in the package")
+                              .arg(location, found.at(0), found.at(1))};
+    return found.value(0);
 }
 
 std::vector<OfdDocument> OfdPackage::documents() const {
@@ -113,12 +125,18 @@ std::vector<OfdDocument> OfdPackage::documents() const {
     while (root.nextElement()) {
         if (root.is("DocBody")) {
             checkCount(documents, kMaxDocuments, QStringLiteral("documents"));
-            documents.push_back(OfdDocument{int(documents.size()), QString(), QString(), {}});
+            OfdDocument document;
+            document.index = int(documents.size());
+            documents.push_back(document);
+        } else if (root.is("DocRoot") && !documents.empty()) {
+            setOnce(documents.back(), "DocRoot", root.text(), &documents.back().rootLocation);
         } else if (root.is("Signatures") && !documents.empty()) {
-            documents.back().signaturesLocation = root.text();
+            setOnce(documents.back(), "Signatures", root.text(), &documents.back().signaturesLocation);
         }
     }
     for (OfdDocument& document : documents) {
+        if (!document.rootLocation.isEmpty())
+            document.rootPath = resolve(QString(), document.rootLocation);
         if (document.signaturesLocation.isEmpty())
             continue;
         document.signaturesPath = resolve(QString(), document.signaturesLocation);

@@ -3,7 +3,8 @@
 // QXmlStreamReader by local element names (the namespace prefix varies).
 // Paths are resolved as OFD does: absolute from the package root when they
 // start with "/", otherwise relative to the referring file's folder, and
-// failing that from the root (producers write root paths without the "/").
+// failing that from the root (producers write root paths without the "/");
+// a path that names a file both ways is refused as ambiguous.
 // Case is kept as given; a path that climbs above the root is refused.
 #ifndef ZTHOST_READERS_OFD_PACKAGE_H
 #define ZTHOST_READERS_OFD_PACKAGE_H
@@ -42,6 +43,8 @@ struct OfdSignatureEntry {
 
 struct OfdDocument {
     int index = 0;               // DocBody number, from 0
+    QString rootLocation;        // DocRoot as written (the Document.xml shown)
+    QString rootPath;            // resolved; empty when absent
     QString signaturesLocation;  // as written in OFD.xml; empty without signatures
     QString signaturesPath;      // resolved
     std::vector<OfdSignatureEntry> signatures;
@@ -76,7 +79,8 @@ public:
     // One Signature.xml (its bytes are read by the caller with read()).
     OfdSignatureFile signatureFile(const QString& path, const QByteArray& xml) const;
 
-    // The first candidate that exists, or empty text.
+    // The candidate that exists, or empty text. Throws FormatError when two
+    // exist: which file the path means would be a guess.
     QString resolve(const QString& folder, const QString& location) const;
     const ZipPackage& zip() const { return zip_; }
 

@@ -2,6 +2,9 @@
 
 #include <zip.h>
 
+#include <QSet>
+#include <QStringList>
+
 #include "readers/format_error.h"
 
 namespace {
@@ -15,6 +18,31 @@ void discard(zip* archive) {
 
 QString zipError(zip_error_t* error) {
     return QString::fromUtf8(zip_error_strerror(error));
+}
+
+// The name as a reader lenient about paths may take it: "\" read as "/",
+// empty and "." parts dropped, case folded.
+QString lenientName(const char* name) {
+    QString unified = QString::fromUtf8(name);
+    unified.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    QStringList parts = unified.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    parts.removeAll(QStringLiteral("."));
+    return parts.join(QLatin1Char('/')).toLower();
+}
+
+// Two entries that name the same file make the archive ambiguous: a viewer
+// may show the one that was not verified.
+void refuseAmbiguousNames(zip* archive, zip_int64_t entries) {
+    QSet<QString> seen;
+    for (zip_int64_t index = 0; index < entries; ++index) {
+        const char* name = zip_get_name(archive, zip_uint64_t(index), 0);
+        if (name == nullptr)
+            throw FormatError{QStringLiteral("entry %1 of the archive has no readable name").arg(index)};
+        const QString key = lenientName(name);
+        if (seen.contains(key))
+            throw FormatError{QStringLiteral("the archive holds %1 more than once").arg(QString::fromUtf8(name))};
+        seen.insert(key);
+    }
 }
 
 }  // namespace
@@ -37,6 +65,7 @@ ZipPackage::ZipPackage(const QByteArray& bytes) : archive_(nullptr, discard) {
     if (entries_ > kMaxZipEntries)
         throw FormatError{QStringLiteral("the archive has %1 entries, more than the %2 zthost reads")
                               .arg(entries_).arg(kMaxZipEntries)};
+    refuseAmbiguousNames(archive, entries_);
 }
 
 ZipPackage::~ZipPackage() = default;

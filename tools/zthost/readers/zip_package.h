@@ -1,7 +1,9 @@
 // A zip archive held in memory, read with libzip. Every read is bounded:
 // an entry that declares more than the caller's limit is refused before it
 // is inflated, and one that inflates to more than it declares (or than the
-// limit) is cut off with an error. Nothing is written anywhere.
+// limit) is cut off with an error. An archive holding one name twice (also
+// when the names differ only in case, "\" for "/" or "." parts) is refused.
+// Nothing is written anywhere.
 #ifndef ZTHOST_READERS_ZIP_PACKAGE_H
 #define ZTHOST_READERS_ZIP_PACKAGE_H
 

@@ -328,20 +328,24 @@ ChainVerdict verifyChain(HostSession& session, const QByteArray& certificate,
 }
 
 void addChainCheck(HostSession& session, const QByteArray& certificate, const std::vector<QByteArray>& authorities,
-                   const QDateTime& at, SignatureVerdict* verdict) {
+                   const QDateTime& at, ChainOwner owner, SignatureVerdict* verdict) {
+    const bool maker = owner == ChainOwner::SealMaker;
+    const QString who = maker ? QStringLiteral("seal maker") : QStringLiteral("signer");
+    const QString name = maker ? QStringLiteral("seal maker certificate chain") : QStringLiteral("certificate chain");
     if (authorities.empty()) {
-        verdict->notes << QStringLiteral("the signer's certificate was not checked against any root (no --ca given)");
+        verdict->notes << QStringLiteral("the %1's certificate was not checked against any root (no --ca given)").arg(who);
         return;
     }
     const ChainVerdict chain = verifyChain(session, certificate, authorities, at.isValid() ? at : QDateTime::currentDateTimeUtc());
     Check check;
-    check.name = QStringLiteral("certificate chain");
+    check.scope = maker ? CheckScope::Seal : CheckScope::Signature;
+    check.name = name;
     check.strict = answerOf(chain.valid());
-    check.problem = QStringLiteral("the signer's certificate chain does not hold: %1").arg(chain.failures().join(QStringLiteral("; ")));
+    check.problem = QStringLiteral("the %1's certificate chain does not hold: %2").arg(who, chain.failures().join(QStringLiteral("; ")));
     verdict->add(check);
-    verdict->notes << QStringLiteral("certificate chain: %1, checked at %2").arg(chain.pathText(), isoTime(chain.at));
+    verdict->notes << QStringLiteral("%1: %2, checked at %3").arg(name, chain.pathText(), isoTime(chain.at));
     for (const Check& link : chain.checks) {
         if (link.disagrees())
-            verdict->notes << QStringLiteral("certificate chain: %1").arg(link.disagreement);
+            verdict->notes << QStringLiteral("%1: %2").arg(name, link.disagreement);
     }
 }

@@ -45,9 +45,14 @@ struct ChainVerdict {
 ChainVerdict verifyChain(HostSession& session, const QByteArray& certificate,
                          const std::vector<QByteArray>& authorities, const QDateTime& at);
 
-// The chain as one check of a signature ("certificate chain"), with the
-// path as a note; without authorities, a note that no root was checked.
+// Whose certificate a chain check is about: the signer's (a check of the
+// signature) or the seal maker's (a check of the seal).
+enum class ChainOwner { Signer, SealMaker };
+
+// The chain as one check ("certificate chain", "seal maker certificate
+// chain"), with the path as a note; without authorities, a note that no
+// root was checked.
 void addChainCheck(HostSession& session, const QByteArray& certificate, const std::vector<QByteArray>& authorities,
-                   const QDateTime& at, SignatureVerdict* verdict);
+                   const QDateTime& at, ChainOwner owner, SignatureVerdict* verdict);
 
 #endif

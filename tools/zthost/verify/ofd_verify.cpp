@@ -60,7 +60,7 @@ public:
         verdict.id = entry.id;
         verdict.type = entry.type;
         try {
-            verifyEntry(entry, &verdict);
+            verifyEntry(document, entry, &verdict);
         } catch (const FormatError& error) {
             verdict.fail(CheckScope::Signature, QStringLiteral("signature"), error.message);
         }
@@ -68,12 +68,13 @@ public:
     }
 
 private:
-    void verifyEntry(const OfdSignatureEntry& entry, SignatureVerdict* verdict) {
+    void verifyEntry(const OfdDocument& document, const OfdSignatureEntry& entry, SignatureVerdict* verdict) {
         if (entry.path.isEmpty())
             throw FormatError{QStringLiteral("the signature's BaseLoc %1 is not in the package").arg(entry.location)};
         const QByteArray xml = package_.zip().read(entry.path, kMaxOfdPartSize);
         const OfdSignatureFile file = package_.signatureFile(entry.path, xml);
         checkReferences(file, verdict);
+        checkDocumentRoot(document, file, verdict);
         if (file.signedValuePath.isEmpty())
             throw FormatError{QStringLiteral("the SignedValue %1 is not in the package").arg(file.signedValueLocation)};
         const QByteArray value = package_.zip().read(file.signedValuePath, kMaxOfdPartSize);
@@ -101,6 +102,24 @@ private:
             if (check.failed())
                 ++verdict->referencesFailed;
         }
+    }
+
+    // OFD.xml is not signed: pointed at another Document.xml it would show
+    // other pages beside intact signatures. The one it points at must be
+    // among the signed files.
+    static void checkDocumentRoot(const OfdDocument& document, const OfdSignatureFile& file, SignatureVerdict* verdict) {
+        const QString name = QStringLiteral("document root signed");
+        for (const OfdReference& reference : file.references) {
+            if (!document.rootPath.isEmpty() && reference.path == document.rootPath) {
+                verdict->add(CheckScope::Document, name, true);
+                return;
+            }
+        }
+        verdict->fail(CheckScope::Document, name,
+                      document.rootPath.isEmpty()
+                          ? QStringLiteral("OFD.xml names no document (DocRoot) in the package for these signatures")
+                          : QStringLiteral("the signature does not cover %1, the document OFD.xml shows (DocRoot)")
+                                .arg(document.rootPath));
     }
 
     // Whether the file's digest equals its CheckValue.
@@ -167,7 +186,12 @@ OfdVerdict verifyOfd(HostSession& session, const QByteArray& bytes, const Author
     try {
         const OfdPackage package(bytes);
         Verifier verifier(session, package, authorities);
-        for (const OfdDocument& document : package.documents()) {
+        const std::vector<OfdDocument> documents = package.documents();
+        for (const OfdDocument& document : documents) {
+            // A reader may show an unsigned document beside (or before) the signed one.
+            if (documents.size() > 1 && document.signatures.empty())
+                verdict.problems << QStringLiteral("document %1 (%2) carries no signatures")
+                                        .arg(document.index).arg(document.rootLocation);
             for (const OfdSignatureEntry& entry : document.signatures)
                 verdict.signatures.push_back(verifier.verify(document, entry));
         }

@@ -14,6 +14,8 @@ bool libraryReadsKeySize(int bits) {
 }
 
 QString acceptedWrongly(const StrictRsaCheck& strict) {
+    if (strict.brokenDigest())
+        return QStringLiteral("the library accepts this signature; %1").arg(strict.problem());
     if (strict.carriesDigestInfo() && strict.digestName() != QLatin1String("SHA-1"))
         return QStringLiteral("the library accepts this signature without comparing digests (it compares SHA-1 "
                               "only); the %1 digest it carries does not match the data")

@@ -57,6 +57,8 @@ void verifySesSignature(HostSession& session, const SesSignature& signature, con
         verdict->notes << QStringLiteral("a time stamp of %1 bytes (not checked)").arg(signature.timeStamp.size());
     if (signedBytes != nullptr)
         checkDataHash(session, signature.dataHash.toByteArray(), *signedBytes, verdict);
+    else
+        verdict->notes << QStringLiteral("the data hash was not compared with any document (no --doc given)");
     const QByteArray signer = certificate.isEmpty() ? signature.certificate.toByteArray() : certificate;
     if (signer.isEmpty()) {
         verdict->fail(CheckScope::Signature, QStringLiteral("signature"), QStringLiteral("the structure carries no signer certificate"));
@@ -67,9 +69,9 @@ void verifySesSignature(HostSession& session, const SesSignature& signature, con
         checkSm2Signature(session, CheckScope::Signature, QStringLiteral("signature"), signature.signature.toByteArray(),
                           signer, signature.toBeSigned.toByteArray(), verdict);
         checkSignerCertificate(session, signer, signature.time, verdict);
-        addChainCheck(session, signer, authorities, signature.time, verdict);
+        addChainCheck(session, signer, authorities, signature.time, ChainOwner::Signer, verdict);
     }
-    checkEmbeddedSeal(session, signature.seal, signature.time, signer, verdict);
+    checkEmbeddedSeal(session, signature.seal, signature.time, signer, authorities, verdict);
 }
 
 void verifySignedData(HostSession& session, const SignedData& data, const SignedBytes& signedBytes,
@@ -105,6 +107,6 @@ void verifySignedData(HostSession& session, const SignedData& data, const Signed
         checkSm2Signature(session, CheckScope::Signature, QStringLiteral("signature"), data.signature.toByteArray(),
                           certificate, data.hasSignedAttributes ? data.signedAttributes : signed_, verdict);
         checkSignerCertificate(session, certificate, at, verdict);
-        addChainCheck(session, certificate, authorities, at, verdict);
+        addChainCheck(session, certificate, authorities, at, ChainOwner::Signer, verdict);
     }
 }

@@ -9,6 +9,7 @@
 #include "readers/oid_names.h"
 #include "services/certificate_view.h"
 #include "services/sm3_digest.h"
+#include "verify/chain_check.h"
 #include "verify/sm2_check.h"
 
 namespace {
@@ -69,8 +70,9 @@ void checkSignerCertificate(HostSession& session, const QByteArray& certificate,
     try {
         const CertificateView view(session, certificate, QStringLiteral("the signer's certificate"));
         verdict->signer = view.name("getSubjectCN");
-        if (!at.isValid())
-            return;
+        // Without a readable signing time the certificate must be valid now.
+        const QDateTime when = at.isValid() ? at : QDateTime::currentDateTimeUtc();
+        const QString whenName = at.isValid() ? QStringLiteral("signing time") : QStringLiteral("current time");
         // The library's reading of the validity digits, and zthost's own.
         const QStringList digits = view.validityDigits().split(QLatin1Char(';'));
         const QDateTime libraryFrom = der::timeFromText(digits.value(0).toLatin1());
@@ -84,11 +86,11 @@ void checkSignerCertificate(HostSession& session, const QByteArray& certificate,
             // no validity zthost can read: the strict answer is no
         }
         Check check;
-        check.name = QStringLiteral("signer certificate valid at signing time");
-        check.library = answerOf(libraryFrom.isValid() && libraryTo.isValid() && libraryFrom <= at && at <= libraryTo);
-        check.strict = answerOf(from.isValid() && to.isValid() && from <= at && at <= to);
-        check.problem = QStringLiteral("the signing time %1 is outside the signer certificate's validity %2")
-                            .arg(isoTime(at), timeRange(from, to));
+        check.name = QStringLiteral("signer certificate valid at ") + whenName;
+        check.library = answerOf(libraryFrom.isValid() && libraryTo.isValid() && libraryFrom <= when && when <= libraryTo);
+        check.strict = answerOf(from.isValid() && to.isValid() && from <= when && when <= to);
+        check.problem = QStringLiteral("the %1 %2 is outside the signer certificate's validity %3")
+                            .arg(whenName, isoTime(when), timeRange(from, to));
         check.disagreement = QStringLiteral("the library reads the validity of this certificate as %1")
                                  .arg(libraryFrom.isValid() ? timeRange(libraryFrom, libraryTo) : QStringLiteral("absent"));
         verdict->add(check);
@@ -98,7 +100,7 @@ void checkSignerCertificate(HostSession& session, const QByteArray& certificate,
 }
 
 void checkSeal(HostSession& session, const SesSeal& seal, const QDateTime& at, const QByteArray& signerCertificate,
-               SignatureVerdict* verdict) {
+               const std::vector<QByteArray>& authorities, SignatureVerdict* verdict) {
     verdict->sealName = seal.name;
     verdict->sealId = seal.esId;
     verdict->picture = seal.pictureData.toByteArray();
@@ -111,6 +113,7 @@ void checkSeal(HostSession& session, const SesSeal& seal, const QDateTime& at, c
         checkSm2Signature(session, CheckScope::Seal, makerCheck, seal.makerSignature.toByteArray(),
                           seal.makerCertificate.toByteArray(), seal.makerSignedBytes, verdict);
     }
+    addChainCheck(session, seal.makerCertificate.toByteArray(), authorities, at, ChainOwner::SealMaker, verdict);
     const QDateTime when = at.isValid() ? at : QDateTime::currentDateTimeUtc();
     verdict->add(CheckScope::Seal, QStringLiteral("seal valid at signing time"),
                  seal.validStart <= when && when <= seal.validEnd,
@@ -122,9 +125,10 @@ void checkSeal(HostSession& session, const SesSeal& seal, const QDateTime& at, c
 }
 
 void checkEmbeddedSeal(HostSession& session, const ByteView& sealBytes, const QDateTime& at,
-                       const QByteArray& signerCertificate, SignatureVerdict* verdict) {
+                       const QByteArray& signerCertificate, const std::vector<QByteArray>& authorities,
+                       SignatureVerdict* verdict) {
     try {
-        checkSeal(session, readSesSeal(sealBytes), at, signerCertificate, verdict);
+        checkSeal(session, readSesSeal(sealBytes), at, signerCertificate, authorities, verdict);
     } catch (const FormatError& error) {
         verdict->fail(CheckScope::Seal, QStringLiteral("seal structure"),
                       QStringLiteral("the seal inside is no GB/T 38540 or GM/T 0031 seal: %1").arg(error.message));

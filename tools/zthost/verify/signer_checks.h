@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <vector>
 
 #include "readers/ses_seal.h"
 #include "verify/verdict.h"
@@ -18,20 +19,23 @@ class HostSession;
 void checkSm2Signature(HostSession& session, CheckScope scope, const QString& name, const QByteArray& value,
                        const QByteArray& certificate, const QByteArray& data, SignatureVerdict* verdict);
 
-// The signer's name for display, and whether `at` (when valid) lies inside
-// the certificate's validity as the library reads its digits.
+// The signer's name for display, and whether `at` (the current time when
+// `at` is invalid) lies inside the certificate's validity, as the library
+// reads its digits and as zthost reads them.
 void checkSignerCertificate(HostSession& session, const QByteArray& certificate, const QDateTime& at,
                             SignatureVerdict* verdict);
 
-// The seal: its maker's signature, its validity around `at`, and, when
-// `signerCertificate` is given, that the seal lists it. Fills the seal's
-// name, id and picture in `verdict`.
+// The seal: its maker's signature, the maker's certificate chain to
+// `authorities` (the --ca certificates), its validity around `at`, and,
+// when `signerCertificate` is given, that the seal lists it. Fills the
+// seal's name, id and picture in `verdict`.
 void checkSeal(HostSession& session, const SesSeal& seal, const QDateTime& at, const QByteArray& signerCertificate,
-               SignatureVerdict* verdict);
+               const std::vector<QByteArray>& authorities, SignatureVerdict* verdict);
 
 // The seal inside a seal signature, or a failed "seal structure" check
 // when it is no seal zthost can read.
 void checkEmbeddedSeal(HostSession& session, const ByteView& sealBytes, const QDateTime& at,
-                       const QByteArray& signerCertificate, SignatureVerdict* verdict);
+                       const QByteArray& signerCertificate, const std::vector<QByteArray>& authorities,
+                       SignatureVerdict* verdict);
 
 #endif

@@ -10,6 +10,9 @@
 namespace {
 
 const int kRawSize = 64;
+// OpenSSL's SM2 takes a DER signature in its one minimal encoding only.
+const QString kNotCanonical = QStringLiteral("the DER signature is not minimally encoded (padded INTEGERs or long "
+                                             "lengths), which OpenSSL's SM2 verification refuses");
 
 // Why the library rejects a signature that verifies, where zthost can tell.
 QString libraryRejectionReason(const QByteArray& value, SignatureForm form, bool libraryHasKey) {
@@ -55,6 +58,10 @@ std::unique_ptr<StrictSm2Check> strictCheck(EVP_PKEY* key, const QByteArray& id,
     }
     if (!sm2ValueToRs(value, &rs, problem))
         return nullptr;
+    if (value.size() != kRawSize && value.size() != 2 * kRawSize && sm2Der(rs) != value) {
+        *problem = kNotCanonical;
+        return nullptr;
+    }
     return std::make_unique<StrictSm2Check>(key, id, rs);
 }
 
@@ -134,6 +141,8 @@ Check checkSm2Der(HostSession& session, CheckScope scope, const QString& name, c
         strictProblem = QStringLiteral("the issuer's key is no SM2 key");
     } else if (!sm2DerTo64(ByteView::of(der), &rs)) {
         strictProblem = QStringLiteral("the signature is no DER SEQUENCE of two INTEGERs of up to 32 bytes");
+    } else if (sm2Der(rs) != der) {
+        strictProblem = kNotCanonical;
     } else {
         StrictSm2Check strict(key, kDefaultSm2UserId, rs);
         strict.update(data.constData(), data.size());
