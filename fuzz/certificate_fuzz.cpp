@@ -66,9 +66,8 @@ bool isAcceptedTime(const ASN1_TIME* time) {
     return text.size() == length && text.endsWith('Z');
 }
 
-// The library refuses a name with an empty SET (OpenSSL reads it as no
-// entries) or with a set or attribute whose tag lacks the constructed bit.
-bool hasRdnTheLibraryRefuses(const X509_NAME* name) {
+// The library refuses a name with an empty SET; OpenSSL reads it as no entries.
+bool hasEmptyRdn(const X509_NAME* name) {
     const unsigned char* der = nullptr;
     size_t size = 0;
     if (!X509_NAME_get0_der(name, &der, &size))
@@ -78,14 +77,29 @@ bool hasRdnTheLibraryRefuses(const X509_NAME* name) {
     int tag = 0, tagClass = 0;
     ASN1_get_object(&cursor, &length, &tag, &tagClass, static_cast<long>(size));
     for (const unsigned char* end = cursor + length; cursor < end; cursor += length) {
+        if (ASN1_get_object(&cursor, &length, &tag, &tagClass, end - cursor) & 0x80 || length == 0)
+            return true;
+    }
+    return false;
+}
+
+// OpenSSL's decoder takes a SEQUENCE or SET whose tag lacks the constructed
+// bit (0x10, 0x11 instead of 0x30, 0x31); the library checks the tag bytes
+// and refuses the certificate.
+bool hasPrimitiveSequenceOrSet(const unsigned char* cursor, long size, int depth = 0) {
+    const unsigned char* end = cursor + size;
+    while (cursor < end) {
+        long length = 0;
+        int tag = 0, tagClass = 0;
         const int header = ASN1_get_object(&cursor, &length, &tag, &tagClass, end - cursor);
-        if (header & 0x80 || !(header & V_ASN1_CONSTRUCTED) || length == 0)
+        if (header & 0x80)
+            return false;
+        const bool constructed = (header & V_ASN1_CONSTRUCTED) != 0;
+        if (tagClass == V_ASN1_UNIVERSAL && (tag == V_ASN1_SEQUENCE || tag == V_ASN1_SET) && !constructed)
             return true;
-        const unsigned char* attribute = cursor;
-        long attributeLength = 0;
-        const int inner = ASN1_get_object(&attribute, &attributeLength, &tag, &tagClass, length);
-        if (inner & 0x80 || !(inner & V_ASN1_CONSTRUCTED))
+        if (constructed && depth < 32 && hasPrimitiveSequenceOrSet(cursor, length, depth + 1))
             return true;
+        cursor += length;
     }
     return false;
 }
@@ -211,8 +225,8 @@ void matchesOpenSsl(const QByteArray& der) {
     const X509_NAME* subject = X509_get_subject_name(x509.get());
     const bool opened = certificate.open(element);
     if (!isAcceptedTime(X509_get0_notBefore(x509.get())) ||
-        !isAcceptedTime(X509_get0_notAfter(x509.get())) || hasRdnTheLibraryRefuses(issuer) ||
-        hasRdnTheLibraryRefuses(subject))
+        !isAcceptedTime(X509_get0_notAfter(x509.get())) || hasEmptyRdn(issuer) || hasEmptyRdn(subject) ||
+        hasPrimitiveSequenceOrSet(octets(element), element.size()))
         return;
     FUZZ_CHECK(opened);
 
