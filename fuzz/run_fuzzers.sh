@@ -32,8 +32,14 @@ esac
 # The library's deliberate leaks are not findings; undefined behaviour stops.
 export LSAN_OPTIONS="suppressions=$fuzz_dir/../tests/lsan.supp:print_suppressions=0"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
-# Readable stacks also where llvm-symbolizer is not installed.
-export ASAN_OPTIONS="${ASAN_OPTIONS:-allow_addr2line=1}"
+# The leak suppressions match function names, so stacks must be symbolized:
+# by llvm-symbolizer where it is installed, else by binutils' addr2line,
+# which the sanitizer runtime does not look for by itself.
+if command -v llvm-symbolizer >/dev/null || ! command -v addr2line >/dev/null; then
+  export ASAN_OPTIONS="${ASAN_OPTIONS:-allow_addr2line=1}"
+else
+  export ASAN_OPTIONS="${ASAN_OPTIONS:-allow_addr2line=1:external_symbolizer_path=$(command -v addr2line)}"
+fi
 mkdir -p "$build/artifacts" "$build/logs"
 
 # The system's CA certificates as DER, made once per build folder: real-world
