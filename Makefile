@@ -30,6 +30,9 @@ PACKAGES := cmake make g++ pkg-config qtbase5-dev libssl-dev libgtest-dev \
             libbenchmark-dev libzip-dev ca-certificates openssl dpkg-dev file lintian \
             python3 python3-pytest
 FUZZ_PACKAGES := clang libclang-rt-dev
+# glibc's detached debugging symbols: with them ThreadSanitizer names glibc's
+# functions in its reports, which the one suppression in tests/tsan.supp needs.
+TSAN_PACKAGES := libc6-dbg
 # Cross build for arm64 (Debian multiarch): the cross compiler, moc of the
 # host's Qt tools, qemu-user to run the tests, the target's libraries.
 ARM64_PACKAGES := g++-aarch64-linux-gnu qtbase5-dev-tools qemu-user \
@@ -112,6 +115,7 @@ NO_ASLR := $(shell setarch $$(uname -m) -R true 2>/dev/null && echo setarch $$(u
 
 # Only the library's objects and the concurrency test.
 test-tsan: deps
+	$(call install_missing,$(TSAN_PACKAGES))
 	cmake -S . -B $(TSAN_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZTUTIL_SANITIZE_THREAD=ON \
 	  -DZTUTIL_BUILD_BENCH=OFF -DZTUTIL_BUILD_TOOLS=OFF
 	cmake --build $(TSAN_DIR) -j $(JOBS) --target test_concurrency
